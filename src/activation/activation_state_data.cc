@@ -1,0 +1,42 @@
+#include "activation/activation_state_data.h"
+
+#include "mechanics/filament_data.h"
+
+ActivationStateData::ActivationStateData(unsigned length)
+    : segment_length(length),
+      state(length),
+      fibre(length),
+      site(length),
+      k_on_factor(length, 1.0),
+      k_stroke_factor(length, 1.0) {}
+
+bool ActivationStateData::is_inside(unsigned i, FilamentData const& data) const {
+  return fibre[i] < data.bound_count.size() && site[i] < data.bound_count[fibre[i]].size();
+}
+
+bool ActivationStateData::head_bound(unsigned i, FilamentData const& data) const {
+  return is_inside(i, data) && data.bound_count[fibre[i]][site[i]] != 0;
+}
+
+unsigned ActivationStateData::head_state(unsigned i, FilamentData const& data) const {
+  if (!is_inside(i, data)) return 0;
+  MyosinHead_s const* const head = data.sites[fibre[i]][site[i]].head;
+  return head ? head->state : 0;
+}
+
+unsigned ActivationStateData::n_heads_bound(FilamentData const& data) const {
+  unsigned n = 0;
+  for (unsigned i = 0; i < segment_length; ++i) n += head_bound(i, data) ? 1 : 0;
+  return n;
+}
+
+void ActivationStateData::copy_to_filament(FilamentData& data,
+                                           std::vector<unsigned> const& state_map) const {
+  for (unsigned i = 0; i < segment_length; ++i) {
+    if (!is_inside(i, data)) continue;
+    ActinSite_s& target = data.sites[fibre[i]][site[i]];
+    target.k_on_factor = k_on_factor[i];
+    target.k_stroke_factor = k_stroke_factor[i];
+    target.state = state_map[state[i]];
+  }
+}

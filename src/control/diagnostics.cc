@@ -1,0 +1,46 @@
+#include "control/diagnostics.h"
+
+#include <cctype>
+#include <cstdio>
+#include <cstdlib>
+
+namespace {
+
+constexpr std::size_t longest_message = 1200;
+
+void print_diagnostic(std::string const& message) {
+  std::fflush(stdout);
+  std::fprintf(stderr, "tavelo: %s\n", single_line(message).c_str());
+}
+
+}  // namespace
+
+void refuse(std::string const& where, std::string const& what, std::string const& got,
+            std::string const& accepted) {
+  stop(where + ": " + what + " is '" + got + "'; accepted: " + accepted);
+}
+
+void stop(std::string const& message) {
+  print_diagnostic(message);
+  std::exit(1);
+}
+
+void stop_with_message(char const* message) {
+  std::printf("%s\n", message);
+  std::exit(1);
+}
+
+void warn(std::string const& message) { print_diagnostic("warning: " + message); }
+
+std::string single_line(std::string const& text) {
+  std::string line;
+  for (char const character : text) {
+    auto const code = static_cast<unsigned char>(character);
+    bool const blank = std::isspace(code) != 0;
+    if (blank && (line.empty() || line.back() == ' ')) continue;
+    bool const printable = code >= 0x80 || std::isprint(code) != 0;
+    line += blank ? ' ' : printable ? character : '?';
+    if (line.size() >= longest_message) return line + " ...";
+  }
+  return line;
+}

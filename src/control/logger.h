@@ -1,0 +1,26 @@
+#pragma once
+/// Diagnostic files that are chosen by number and opened at their first use.
+
+#include <cstdio>
+
+class Logger {
+ public:
+  static FILE* model_vorn_rates;
+  static FILE* atp_ase_rates_6states;
+  static FILE* atp_ase_rates_8states;
+  static FILE* see_stiffness;
+  static FILE* myosin_head_states;
+  static FILE* titin_data;
+  static FILE* convergence_data;
+  static FILE* crossbridge_convergence;
+
+  /// Handle of diagnostic file 0 to 7, opened if it isn't yet; null for any other number.
+  static FILE* GetFile(int number);
+  /// Opens `path` into an empty handle; leaves an open one alone.
+  static void OpenFile(FILE** handle, char const* path);
+  /// Writes the text as it stands and flushes. A filtered text is written only at the time -1.0
+  /// (within 1e-6) and from 0.0 to 0.5, so that long runs keep short diagnostics.
+  static void WriteToFile(char const* text, FILE* file, bool filtered);
+  /// `WriteToFile` to a numbered file; does nothing for a number without a file.
+  static void Write(char const* text, int number, bool filtered);
+};

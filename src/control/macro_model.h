@@ -1,0 +1,47 @@
+#pragma once
+/// The mechanical system as the time loop sees it: a time and a prescribed value go in, the
+/// response comes out.
+
+#include <iosfwd>
+
+#include "control/factory.h"
+
+class Model;
+
+/// Argument of every macro model's constructor; nothing of it is owned.
+struct MacroModelParameter {
+  Model const* slow = nullptr;
+  Model const* fast = nullptr;
+  Model const* proteinC = nullptr;
+};
+
+class MacroModel {
+ public:
+  explicit MacroModel(MacroModelParameter const& parameter)
+      : model_slow(parameter.slow),
+        model_fast(parameter.fast),
+        model_proteinC(parameter.proteinC) {}
+  virtual ~MacroModel() = default;
+  MacroModel(MacroModel const&) = delete;
+  MacroModel& operator=(MacroModel const&) = delete;
+
+  Model const* get_model_slow() const { return model_slow; }
+  Model const* get_model_fast() const { return model_fast; }
+
+  /// One step under a prescribed force per filament [pN]; gives the displacement [nm].
+  virtual bool force_iter(double time, double value, double& displacement) = 0;
+  /// One step under a prescribed length per half-sarcomere [nm]; gives the force [pN].
+  virtual bool displacement_iter(double time, double value, double& force) = 0;
+  virtual void writeResults(double time) = 0;
+  virtual void write_cb_states(std::ofstream& stream) = 0;
+  virtual void create_distribution_output(double time) = 0;
+  /// Writes the stiffness against a further displacement of 1 nm; nothing moves.
+  virtual void calculate_stiffness(double time, double displacement) = 0;
+  virtual void set_dt(double dt) = 0;
+  virtual void printActinSiteStates() = 0;
+
+ protected:
+  Model const* model_slow;
+  Model const* model_fast;
+  Model const* model_proteinC;
+};

@@ -1,0 +1,105 @@
+#include "control/mc_model.h"
+
+#include "activation/active_filament.h"
+#include "kinetics/active_model.h"
+#include "kinetics/fixed_dt_mc.h"
+#include "lattice/geometry.h"
+#include "mechanics/filament.h"
+#include "mechanics/sarcomer.h"
+
+REGISTER_COMPONENT(MCModel, MacroModel, MacroModelParameter, "MonteCarlo");
+
+namespace {
+
+constexpr char const* parameter_file = "numeric_mc.prm";
+
+ActiveModel const& require_active(Model const* model, std::string const& activation) {
+  if (auto const* active = dynamic_cast<ActiveModel const*>(model)) return *active;
+  refuse(parameter_file, "activation", activation,
+         "None, with a kinetic model that regulation has no influence on");
+}
+
+}  // namespace
+
+MCModel::MCModel(MacroModelParameter const& parameter)
+    : MacroModel(parameter), parameters(parameter_file) {
+  geometry = create_component<Geometry>(parameters.geometry, GeometryParameter_s{}, parameter_file,
+                                        "geometry");
+  stepper = create_stepper();
+  sarcomer = std::make_unique<Sarcomer>(parameters.sarcomer, *geometry);
+  unsigned const in_series = is_series() ? 2 * parameters.full_sarcomer : 1;
+  for (unsigned i = 0; i < parameters.filaments * in_series; ++i) {
+    add_filament(is_series() && i % 2 == 1 ? -1 : 1);
+  }
+}
+
+MCModel::~MCModel() = default;
+
+std::unique_ptr<FixedTimeStepMC> MCModel::create_stepper() const {
+  if (!is_regulated()) {
+    return std::make_unique<FixedTimeStepMC>(*model_slow, *model_fast, dt, model_proteinC);
+  }
+  return std::make_unique<FixedTimeStepMCActiv>(require_active(model_slow, parameters.activation),
+                                                require_active(model_fast, parameters.activation),
+                                                dt, model_proteinC);
+}
+
+void MCModel::add_filament(int direction) {
+  if (!is_regulated()) {
+    sarcomer->add_filament(new Filament(*geometry, *model_slow, *model_fast, *stepper, direction,
+                                        sarcomer->titin_model));
+    return;
+  }
+  sarcomer->add_filament(
+      new ActiveFilament(*geometry, *model_slow, *model_fast, *stepper, parameters.activation,
+                         parameters.caActivationModelIndicator, parameters.healtyChainPercent,
+                         direction, sarcomer->titin_model));
+}
+
+bool MCModel::force_iter(double time, double value, double& displacement) {
+  sarcomer->state_change(time, dt);
+  prescribe_force(value);
+  sarcomer->assemble_and_solve(time, true);
+  displacement = sarcomer->actin_displacement;
+  return true;
+}
+
+bool MCModel::displacement_iter(double time, double value, double& force) {
+  sarcomer->state_change(time, dt);
+  prescribe_length(value);
+  sarcomer->assemble_and_solve(time, true);
+  force = sarcomer->force;
+  return true;
+}
+
+void MCModel::prescribe_force(double value) {
+  sarcomer->set_boundary_mode(is_series() ? 3 : 1, parameters.filaments * value);
+}
+
+void MCModel::prescribe_length(double value) {
+  if (is_series()) {
+    sarcomer->set_boundary_mode(2, 2 * parameters.full_sarcomer * value);
+  } else {
+    sarcomer->set_boundary_mode(0, value);
+  }
+}
+
+void MCModel::writeResults(double time) { sarcomer->create_output(time); }
+
+void MCModel::write_cb_states(std::ofstream& stream) {
+  sarcomer->write_cb_states(stream, static_cast<int>(model_slow->n_states()));
+}
+
+void MCModel::create_distribution_output(double time) { sarcomer->create_distributions(time); }
+
+void MCModel::calculate_stiffness(double time, double displacement) {
+  prescribe_length(displacement + 1.0);
+  sarcomer->assemble_and_solve(time, false);
+}
+
+void MCModel::set_dt(double step) {
+  dt = step;
+  stepper->set_dt(step);
+}
+
+void MCModel::printActinSiteStates() { sarcomer->create_actinSites_output(); }

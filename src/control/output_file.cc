@@ -1,0 +1,64 @@
+#include "control/output_file.h"
+
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
+#include "control/diagnostics.h"
+
+namespace {
+
+[[noreturn]] void stop_unwritable(std::string const& name) {
+  stop(name + ": can't be written: " + std::strerror(errno));
+}
+
+}  // namespace
+
+OutputFile::OutputFile(std::string const& file_name, char const* mode)
+    : file(open_output(file_name, mode)), name(file_name) {}
+
+OutputFile::~OutputFile() {
+  if (file) std::fclose(file);
+}
+
+OutputFile::OutputFile(OutputFile&& other) noexcept
+    : file(std::exchange(other.file, nullptr)), name(std::move(other.name)) {}
+
+OutputFile& OutputFile::operator=(OutputFile&& other) noexcept {
+  std::swap(file, other.file);
+  std::swap(name, other.name);
+  return *this;
+}
+
+void OutputFile::flush() const { flush_output(file, name); }
+
+FILE* open_output(std::string const& name, char const* mode) {
+  FILE* const file = std::fopen(name.c_str(), mode);
+  if (!file) stop_unwritable(name);
+  return file;
+}
+
+void flush_output(FILE* file, std::string const& name) {
+  if (std::fflush(file) != 0 || std::ferror(file) != 0) stop_unwritable(name);
+}
+
+void close_output(FILE* file, std::string const& name) {
+  flush_output(file, name);
+  if (std::fclose(file) != 0) stop_unwritable(name);
+}
+
+std::ofstream open_output_stream(std::string const& name) {
+  std::ofstream stream(name);
+  if (!stream) stop_unwritable(name);
+  return stream;
+}
+
+void flush_output(std::ofstream& stream, std::string const& name) {
+  stream.flush();
+  if (!stream) stop_unwritable(name);
+}
+
+void end_row(std::ofstream& stream, std::string const& name) {
+  stream << '\n';
+  flush_output(stream, name);
+}

@@ -1,0 +1,150 @@
+#include "control/parameter_file.h"
+
+#include <deal.II/base/parameter_handler.h>
+
+#include <cerrno>
+#include <cmath>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "control/diagnostics.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// All declared keys, those of one section behind its name: "section: key, key; section: key".
+std::string declared_keys(dealii::ParameterHandler const& handler) {
+  std::ostringstream text;
+  handler.print_parameters(text, dealii::ParameterHandler::ShortText);
+  std::istringstream lines(text.str());
+  std::string keys;
+  for (std::string line; std::getline(lines, line);) {
+    std::istringstream words(line);
+    std::string command, name;
+    words >> command >> std::ws;
+    if (command == "subsection") {
+      words >> name;
+      keys += (keys.empty() ? "" : "; ") + name + ":";
+    } else if (command == "set") {
+      std::getline(words, name, '=');
+      keys += (keys.back() == ':' ? " " : ", ") + name.substr(0, name.find_last_not_of(' ') + 1);
+    }
+  }
+  return keys;
+}
+
+/// What the handler says of the line that it refuses, without its stack trace.
+std::string reason(dealii::ExceptionBase const& exception) {
+  std::ostringstream text;
+  exception.print_info(text);
+  return text.str();
+}
+
+void write_defaults(dealii::ParameterHandler const& handler, std::string const& file_name) {
+  std::ofstream file(file_name);
+  handler.print_parameters(file, dealii::ParameterHandler::Text);
+  file.flush();
+  if (!file) stop(file_name + ": can't be written: " + std::strerror(errno));
+}
+
+}  // namespace
+
+void read_parameter_file(dealii::ParameterHandler& handler, std::string const& file_name) {
+  if (file_name.empty()) return;
+  if (!fs::exists(file_name)) {
+    warn("parameter file " + file_name +
+         " is missing; one with the default values is written and used");
+    write_defaults(handler, file_name);
+    return;
+  }
+  std::ifstream file(file_name);
+  if (!file || fs::is_directory(file_name)) {
+    stop(file_name + ": can't be read as a parameter file: " +
+         (file ? "it is a directory" : std::strerror(errno)));
+  }
+  try {
+    handler.parse_input(file, file_name);
+  } catch (dealii::ParameterHandler::ExcInvalidEntryForPattern const& exception) {
+    stop(file_name + ": " + reason(exception));
+  } catch (dealii::ExceptionBase const& exception) {
+    stop(file_name + ": " + reason(exception) + "; accepted keys: " + declared_keys(handler));
+  } catch (std::exception const& exception) {
+    stop(file_name + ": " + exception.what());
+  }
+}
+
+void load_parameters(std::string const& file_name, ParameterAction const& declare,
+                     ParameterAction const& get) {
+  dealii::ParameterHandler handler;
+  declare(handler);
+  read_parameter_file(handler, file_name);
+  get(handler);
+}
+
+ParameterSection::ParameterSection(dealii::ParameterHandler& parameter_handler,
+                                   std::string const& name)
+    : ParameterSection(parameter_handler, name, "") {}
+
+ParameterSection::ParameterSection(dealii::ParameterHandler& parameter_handler,
+                                   std::string const& name, std::string const& file)
+    : handler(parameter_handler), section(name), file_name(file) {
+  handler.enter_subsection(section);
+}
+
+ParameterSection::~ParameterSection() { handler.leave_subsection(); }
+
+void ParameterSection::declare_text(std::string const& key, std::string const& value) const {
+  handler.declare_entry(key, value, dealii::Patterns::Anything(), "");
+}
+
+void ParameterSection::declare_selection(std::string const& key, std::string const& value,
+                                         std::string const& names) const {
+  handler.declare_entry(key, value, dealii::Patterns::Selection(names), "");
+}
+
+void ParameterSection::declare_integer(std::string const& key, std::string const& value) const {
+  handler.declare_entry(key, value, dealii::Patterns::Integer(), "");
+}
+
+void ParameterSection::declare_double(std::string const& key, std::string const& value) const {
+  handler.declare_entry(key, value, dealii::Patterns::Double(), "");
+}
+
+std::string ParameterSection::text(std::string const& key) const { return handler.get(key); }
+
+double ParameterSection::number(std::string const& key) const {
+  double const value = handler.get_double(key);
+  if (!std::isfinite(value)) refuse_value(key, "a finite number");
+  return value;
+}
+
+double ParameterSection::positive(std::string const& key) const {
+  double const value = number(key);
+  if (!(value > 0.0)) refuse_value(key, "a number above 0");
+  return value;
+}
+
+double ParameterSection::non_negative(std::string const& key) const {
+  double const value = number(key);
+  if (!(value >= 0.0)) refuse_value(key, "a number of at least 0");
+  return value;
+}
+
+int ParameterSection::integer(std::string const& key) const {
+  return static_cast<int>(handler.get_integer(key));
+}
+
+unsigned ParameterSection::count(std::string const& key, unsigned minimum) const {
+  int const value = integer(key);
+  if (value < 0 || static_cast<unsigned>(value) < minimum) {
+    refuse_value(key, "a whole number of at least " + std::to_string(minimum));
+  }
+  return static_cast<unsigned>(value);
+}
+
+void ParameterSection::refuse_value(std::string const& key, std::string const& accepted) const {
+  refuse(file_name + ", section " + section, key, handler.get(key), accepted);
+}

@@ -1,0 +1,12 @@
+#include "control/run_state.h"
+
+FILE* fOutputFile = nullptr;
+FILE* fIterationNorms = nullptr;
+FILE* fConvergenceListing = nullptr;
+
+int t_timeStep = 0;
+double timeForAll = 0.0;
+double currentTimeStep = 0.0;
+
+int numberOfAtachments = 0;
+int numberOfDetachments = 0;

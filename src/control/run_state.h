@@ -1,0 +1,23 @@
+#pragma once
+/// The process-wide state of a run: its clock, its counters and the files that several components
+/// write. Everything global stands here, except `Protocol::TimeOffset`.
+
+#include <cstdio>
+
+/// "TaveloOutput.lst": open from the start of the program until the time loop begins.
+extern FILE* fOutputFile;
+/// "IterationNorms.csv": open during the whole run.
+extern FILE* fIterationNorms;
+/// "ListingConvergence.dat": open during the whole run.
+extern FILE* fConvergenceListing;
+
+/// Number of the current time step; the first step is 1.
+extern int t_timeStep;
+/// Current simulation time, in time units of the rates.
+extern double timeForAll;
+/// Length of the current time step.
+extern double currentTimeStep;
+
+/// Heads that have attached and detached since the start of the run.
+extern int numberOfAtachments;
+extern int numberOfDetachments;

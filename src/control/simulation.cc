@@ -1,0 +1,220 @@
+#include "control/simulation.h"
+
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+
+#include "control/diagnostics.h"
+#include "control/output_file.h"
+#include "control/parameter_file.h"
+#include "control/protocol.h"
+#include "control/run_state.h"
+#include "elastic/XB_Models.h"
+#include "kinetics/model.h"
+
+namespace {
+
+constexpr char const* simulation_file = "simulation.prm";
+constexpr char const* listing_name = "TaveloOutput.lst";
+constexpr char const* norms_name = "IterationNorms.csv";
+constexpr char const* convergence_name = "ListingConvergence.dat";
+constexpr char const* bonds_name = "Kacenja.csv";
+constexpr char const* states_name = "cb_states_file.csv";
+constexpr char const* writing_times_name = "WritingDistributionSteps.dat";
+
+/// The time of the one dump of all sites.
+constexpr double dump_time = 0.7;
+
+bool is_time(double wanted) { return std::abs(wanted - timeForAll) < 1e-10; }
+
+/// Times of the snapshots: a heading line, then numbers in ascending order.
+std::vector<double> read_writing_times() {
+  std::vector<double> times;
+  std::ifstream file(writing_times_name);
+  if (!file) {
+    std::printf("No file: %s : NO DISTRIBUTIONS TO WRITE\n", writing_times_name);
+    return times;
+  }
+  std::string heading;
+  std::getline(file, heading);
+  for (double time; file >> time;) times.push_back(time);
+  if (file.eof()) return times;
+  file.clear();
+  std::string word;
+  file >> word;
+  refuse(writing_times_name, "entry " + std::to_string(times.size() + 1) + " behind the heading",
+         word, "a time");
+}
+
+}  // namespace
+
+// Parameters
+
+SimParameter::SimParameter(std::string file) : file_name(std::move(file)) {
+  load_parameters(*this, file_name);
+  WriteToTaveloOutput();
+}
+
+void SimParameter::declare_parameters(dealii::ParameterHandler& handler) {
+  ParameterSection const global(handler, "global");
+  global.declare_text("model", "Huxley");
+  global.declare_text("model_slow_fileName", "");
+  global.declare_text("model_fast_fileName", "");
+  global.declare_selection("modelMyBPC", "HuxleyMyBPC", "HuxleyMyBPC|DukeMyBPC");
+  global.declare_selection("xb_model", "ConstantStiffness",
+                           "ConstantStiffness|StiffnessFunction|SigmoidalStiffness|"
+                           "ThreeLinearForce|TwoPartSigmoidalStiffness");
+  global.declare_selection("numerics", "MonteCarlo", "MonteCarlo|Char|Integral|FEM");
+  global.declare_integer("random_seed", "0");
+}
+
+void SimParameter::get_parameters(dealii::ParameterHandler& handler) {
+  ParameterSection const global(handler, "global", file_name);
+  model = global.text("model");
+  modelMyBPC = global.text("modelMyBPC");
+  model_slow_fileName = global.text("model_slow_fileName");
+  model_fast_fileName = global.text("model_fast_fileName");
+  numerics = global.text("numerics");
+  xb_model = global.text("xb_model");
+  random_seed = static_cast<std::uint32_t>(global.integer("random_seed"));
+  if (random_seed != 0) std::srand(random_seed);
+}
+
+void SimParameter::WriteToTaveloOutput() const {
+  FILE* const f = fOutputFile;
+  std::fprintf(f, "\t*** SIMULATION PARAMETERS ************\n\n");
+  std::fprintf(f, "\tModel:\t\t\t%s\n", model.c_str());
+  std::fprintf(f, "\tModelSlow_fileName:\t\t\t%s\n", model_slow_fileName.c_str());
+  std::fprintf(f, "\tModelFast_fileName:\t\t\t%s\n", model_fast_fileName.c_str());
+  std::fprintf(f, "\tModel MyBPC:\t%s\n", modelMyBPC.c_str());
+  std::fprintf(f, "\tNumerics model:\t%s\n", numerics.c_str());
+  std::fprintf(f, "\tXB Model:\t\t%s\n", xb_model.c_str());
+  std::fprintf(f, "\tRandom Seed:\t%d\n\n", static_cast<int>(random_seed));
+}
+
+// Construction
+
+Simulation::Simulation() : parameters(simulation_file) {
+  create_models();
+  macro_model = create_component<MacroModel>(
+      parameters.numerics,
+      MacroModelParameter{model_slow.get(), model_fast.get(), model_proteinC.get()},
+      simulation_file, "numerics");
+}
+
+Simulation::~Simulation() = default;
+
+void Simulation::create_models() {
+  ModelParameter_s parameter;
+  parameter.xb_model = create_elastic_law(parameters.xb_model, "xb_");
+  if (!parameter.xb_model) stop_with_message("No Crossbridge model? ");
+  parameter.file_name = parameters.model_fast_fileName;
+  model_fast = create_component<Model>(parameters.model, parameter, simulation_file, "model");
+  parameter.file_name = parameters.model_slow_fileName;
+  model_slow = create_component<Model>(parameters.model, parameter, simulation_file, "model");
+  parameter.xb_model = create_elastic_law("ConstantStiffness", "proteinC_");
+  model_proteinC =
+      create_component<Model>(parameters.modelMyBPC, parameter, simulation_file, "modelMyBPC");
+}
+
+// Time loop
+
+/// What the loop keeps from step to step.
+struct Simulation::Loop {
+  Protocol protocol{"protocol.dat"};
+  std::vector<double> writingTimes;
+  std::size_t next_writing = 0;
+  double displacement = 0.0;  ///< [nm]
+  double force = 0.0;         ///< [pN]
+  double lastResponse = 0.0;  ///< of the two the one that the last step did not prescribe
+  std::ofstream bonds;
+  std::ofstream states;
+};
+
+void Simulation::run() {
+  std::fprintf(fOutputFile, "\t*** MECHANICAL PROTOCOL **************\n\n");
+  Loop loop;
+  loop.protocol.require_end();
+  loop.protocol.WriteToTaveloOutput();
+  close_output(fOutputFile, listing_name);
+  fOutputFile = nullptr;
+  Protocol::TimeOffset = 0.0;
+  loop.writingTimes = read_writing_times();
+  macro_model->set_dt(loop.protocol.get_dt());
+  loop.bonds = open_output_stream(bonds_name);
+  loop.bonds << "Time,Attachment number,Detachment number\n";
+  loop.states = open_output_stream(states_name);
+  loop.states << "Time,State1,State2,State3,State4,State5,State6,State7,State8,State9\n";
+  loop.states << timeForAll << ',';
+  macro_model->write_cb_states(loop.states);
+
+  do {
+    begin_step(loop);
+    move(loop);
+    write_rows(loop);
+    loop.protocol.refuse_missed_end(timeForAll);
+  } while (!loop.protocol.checkForNewProtocol(timeForAll));
+}
+
+void Simulation::begin_step(Loop& loop) {
+  ++t_timeStep;
+  currentTimeStep = loop.protocol.get_dt();
+  macro_model->set_dt(currentTimeStep);
+  timeForAll += currentTimeStep;
+  model_fast->set_time_step(timeForAll);
+  model_slow->set_time_step(timeForAll);
+  std::fprintf(fIterationNorms, "Time = %lf\n", timeForAll);
+  flush_output(fIterationNorms, norms_name);
+  std::fprintf(fConvergenceListing, "Time = %lf\n", timeForAll);
+  flush_output(fConvergenceListing, convergence_name);
+  std::printf("TStep %i, Time=%lf\n", t_timeStep, timeForAll);
+  if (t_timeStep % 100 == 0) std::fflush(stdout);
+}
+
+void Simulation::move(Loop& loop) {
+  unsigned mode = 0;
+  double value = 0.0;
+  loop.protocol.get_value(timeForAll, mode, value, loop.lastResponse);
+  if (mode == 0) {
+    macro_model->displacement_iter(timeForAll, value, loop.force);
+    loop.displacement = value;
+    loop.lastResponse = loop.force;
+  } else if (mode == 1) {
+    macro_model->force_iter(timeForAll, value, loop.displacement);
+    loop.force = value;
+    loop.lastResponse = loop.displacement;
+  }
+}
+
+void Simulation::write_rows(Loop& loop) {
+  macro_model->writeResults(timeForAll);
+  if (loop.next_writing < loop.writingTimes.size() &&
+      is_time(loop.writingTimes[loop.next_writing])) {
+    macro_model->create_distribution_output(timeForAll);
+    ++loop.next_writing;
+  }
+  loop.bonds << timeForAll << ',' << numberOfAtachments << ',' << numberOfDetachments;
+  end_row(loop.bonds, bonds_name);
+  loop.states << timeForAll << ',';
+  macro_model->write_cb_states(loop.states);
+  if (is_time(dump_time)) macro_model->printActinSiteStates();
+}
+
+void run_program() {
+  // Regulated filaments append to this file; each run starts it anew.
+  std::remove("TroponinAngles.csv");
+  fOutputFile = open_output(listing_name, "wt");
+  std::fprintf(fOutputFile,
+               "\t\t**********************************\n"
+               "\t\t********* T A V E L O ************\n"
+               "\t\t**********************************\n\n\n");
+  fIterationNorms = open_output(norms_name, "wt");
+  std::fprintf(fIterationNorms,
+               ",MeanSquareError - Displacement,MeanSquareError - Force,"
+               "Max CB Error - Dislpacement,Max CB Error - Force\n");
+  fConvergenceListing = open_output(convergence_name, "wt");
+  Simulation simulation;
+  simulation.run();
+  close_output(fIterationNorms, norms_name);
+  close_output(fConvergenceListing, convergence_name);
+}

@@ -1,0 +1,7 @@
+#include "kinetics/active_model.h"
+
+#include "mechanics/filament_data.h"
+
+double ActiveModel::get_k(double x, unsigned from, unsigned to) const {
+  return get_k(x, from, to, ActinSite_s{});
+}

@@ -1,0 +1,236 @@
+#include "kinetics/fixed_dt_mc.h"
+
+#include <algorithm>
+#include <boost/container/small_vector.hpp>
+#include <ostream>
+
+#include "control/logger.h"
+#include "control/run_state.h"
+#include "control/uniform_variate.h"
+#include "kinetics/active_model.h"
+#include "kinetics/model_util.h"
+#include "mechanics/filament_data.h"
+
+/// The scale of one draw, on the stack unless a head has very many candidates.
+struct FixedTimeStepMC::Outcomes {
+  void add(double probability, StateBin_s const& outcome) {
+    sum += probability;
+    cum.push_back(sum);
+    bins.push_back(outcome);
+  }
+
+  /// Ends the scale with the probability of staying, or shortens it where there is none.
+  void close() {
+    if (!(sum > 1.0)) {
+      cum.push_back(1.0);
+      return;
+    }
+    cum.push_back(sum);
+    for (double& value : cum) value /= sum;
+  }
+
+  /// The outcome that a variate picks, or null for staying.
+  StateBin_s const* pick(double u) const {
+    auto const i =
+        static_cast<std::size_t>(std::lower_bound(cum.begin(), cum.end(), u) - cum.begin());
+    return i == 0 || i >= bins.size() + 1 ? nullptr : &bins[i - 1];
+  }
+
+  double sum = 0.0;
+  boost::container::small_vector<double, 64> cum{0.0};
+  boost::container::small_vector<StateBin_s, 64> bins;
+};
+
+FixedTimeStepMC::FixedTimeStepMC(Model const& slow, Model const& fast, double step,
+                                 Model const* protein_c)
+    : model_slow(&slow),
+      model_fast(&fast),
+      dt(step),
+      n_states(slow.n_states()),
+      transition_counts(n_states, std::vector<unsigned>(n_states, 0)),
+      model_proteinC(protein_c),
+      detached_states_file("detached_states_init.csv", "wt") {
+  std::fprintf(detached_states_file.get(), "State 1,State 5,State 6\n");
+}
+
+double FixedTimeStepMC::get_k_slow(double x, unsigned from, unsigned to, ActinSite_s const&) const {
+  return model_slow->get_k(x, from, to);
+}
+
+double FixedTimeStepMC::get_k_fast(double x, unsigned from, unsigned to, ActinSite_s const&) const {
+  return model_fast->get_k(x, from, to);
+}
+
+Model const& FixedTimeStepMC::model_of(unsigned model_index) const {
+  return model_index == 0 ? *model_slow : model_index == 1 ? *model_fast : *model_proteinC;
+}
+
+void FixedTimeStepMC::initialize_filament(FilamentData& data) const {
+  std::vector<double> p;
+  ModelUtil::get_detached_states(*model_slow, p);
+  std::vector<unsigned> states;
+  std::vector<double> c;
+  double sum = 0.0;
+  for (unsigned s = 0; s < n_states; ++s) {
+    if (model_slow->attached[s]) continue;
+    sum += p[s];
+    states.push_back(s);
+    c.push_back(sum);
+  }
+  for (MyosinHead_s& head : data.heads) {
+    auto const above = std::upper_bound(c.begin(), c.end(), uniform_variate());
+    if (above != c.end()) head.state = states[static_cast<std::size_t>(above - c.begin())];
+    // A protein-C head may have drawn a state that its own, smaller model doesn't have.
+    if (head.model_index < 2 || !model_proteinC) continue;
+    bool const is_own =
+        head.state < model_proteinC->n_states() && !model_proteinC->attached[head.state];
+    if (!is_own) head.state = 0;
+  }
+  for (unsigned const s : states) {
+    auto const n = std::count_if(data.heads.begin(), data.heads.end(),
+                                 [s](MyosinHead_s const& head) { return head.state == s; });
+    std::fprintf(detached_states_file.get(), "%d,", static_cast<int>(n));
+  }
+  std::fprintf(detached_states_file.get(), "\n");
+  detached_states_file.flush();
+}
+
+int FixedTimeStepMC::state_change(FilamentData& data, MyosinHead_s& head,
+                                  std::vector<BindingSite_s>& candidates) const {
+  double const u = uniform_variate();
+  unsigned const old_state = head.state;
+  bool const is_bound = model_of(head.model_index).attached[old_state];
+  Outcomes outcomes;
+  if (is_bound) {
+    collect_of_bound(data, head, outcomes);
+  } else {
+    collect_of_detached(data, head, candidates, outcomes);
+    if (outcomes.sum > 1.0) std::printf("Internal Error!!!! Attach, Sum %e\n", outcomes.sum);
+  }
+  outcomes.close();
+  if (StateBin_s const* const outcome = outcomes.pick(u)) carry_out(*outcome, data, head);
+  if (head.state != old_state) ++transition_counts[old_state][head.state];
+  return 0;
+}
+
+double FixedTimeStepMC::rate(MyosinHead_s const& head, double x, unsigned to,
+                             ActinSite_s const& site) const {
+  switch (head.model_index) {
+    case 0:
+      return get_k_slow(x, head.state, to, site);
+    case 1:
+      return get_k_fast(x, head.state, to, site);
+    default:
+      return model_proteinC->get_k(x, head.state, to);
+  }
+}
+
+void FixedTimeStepMC::collect_of_detached(FilamentData const& data, MyosinHead_s const& head,
+                                          std::vector<BindingSite_s> const& candidates,
+                                          Outcomes& outcomes) const {
+  Model const& model = model_of(head.model_index);
+  unsigned const from = head.state;
+  unsigned const n = std::min(n_states, model.n_states());
+  double const head_position = data.position[head.fibre][head.node];
+  for (unsigned to = 0; to < n; ++to) {
+    if (!model.transitions[from][to]) continue;
+    if (!model.attached[to]) {
+      // Among detached states the thin filament has no influence.
+      double const k = model.get_k(0.0, from, to);
+      if (k > 0.0) outcomes.add(k * dt, {to, unbound, unbound});
+      continue;
+    }
+    for (BindingSite_s const& c : candidates) {
+      double const x = data.position[c.fibre][c.site] - head_position;
+      double const k = rate(head, x, to, data.sites[c.fibre][c.site]);
+      if (k > 0.0 && c.weight > 0.0) outcomes.add(k * dt * c.weight, {to, c.site, c.fibre});
+    }
+  }
+}
+
+void FixedTimeStepMC::collect_of_bound(FilamentData const& data, MyosinHead_s const& head,
+                                       Outcomes& outcomes) const {
+  Model const& model = model_of(head.model_index);
+  unsigned const n = std::min(n_states, model.n_states());
+  double const x =
+      data.position[head.actin_fibre][head.actin_site] - data.position[head.fibre][head.node];
+  ActinSite_s const& site = data.sites[head.actin_fibre][head.actin_site];
+  for (unsigned to = 0; to < n; ++to) {
+    if (!model.transitions[head.state][to]) continue;
+    double const k = rate(head, x, to, site);
+    if (k > 0.0) outcomes.add(k * dt, {to, unbound, unbound});
+  }
+}
+
+void FixedTimeStepMC::carry_out(StateBin_s const& outcome, FilamentData& data,
+                                MyosinHead_s& head) const {
+  Model const& model = model_of(head.model_index);
+  bool const was_bound = model.attached[head.state];
+  bool const will_be_bound = model.attached[outcome.state];
+  if (!was_bound && will_be_bound) {
+    head.actin_site = outcome.site;
+    head.actin_fibre = outcome.fibre;
+    attach(data, head);
+    ++numberOfAtachments;
+  }
+  if (was_bound && !will_be_bound) {
+    ++numberOfDetachments;
+    head.detach_pending = 1;
+  }
+  // Two steps of the ATPase cycle are logged by their state numbers, in any model.
+  bool const is_logged = was_bound && outcome.state == head.state + 1;
+  if (is_logged && (head.state == 2 || head.state == 3)) {
+    char line[64];
+    std::snprintf(line, sizeof line, "%lf,%d\n", timeForAll, 1);
+    Logger::Write(line, head.state == 2 ? 1 : 2, false);
+  }
+  head.state = outcome.state;
+}
+
+void FixedTimeStepMC::attach(FilamentData& data, MyosinHead_s& head) const {
+  ++data.bound_count[head.fibre][head.node];
+  ++data.bound_count[head.actin_fibre][head.actin_site];
+  data.sites[head.actin_fibre][head.actin_site].head = &head;
+}
+
+void FixedTimeStepMC::detach(FilamentData& data, MyosinHead_s& head) const {
+  --data.bound_count[head.fibre][head.node];
+  --data.bound_count[head.actin_fibre][head.actin_site];
+  data.sites[head.actin_fibre][head.actin_site].head = nullptr;
+  head.actin_site = unbound;
+  head.actin_fibre = unbound;
+}
+
+void FixedTimeStepMC::print_transitions_slow(std::ostream& os) {
+  print_transitions(*model_slow, os);
+}
+
+void FixedTimeStepMC::print_transitions_fast(std::ostream& os) {
+  print_transitions(*model_fast, os);
+}
+
+void FixedTimeStepMC::print_transitions(Model const& model, std::ostream& os) {
+  for (unsigned from = 0; from < n_states; ++from) {
+    for (unsigned to = 0; to < n_states; ++to) {
+      if (model.transitions[from][to]) os << transition_counts[from][to] << ' ';
+      transition_counts[from][to] = 0;
+    }
+  }
+  os << std::endl;
+}
+
+FixedTimeStepMCActiv::FixedTimeStepMCActiv(ActiveModel const& slow, ActiveModel const& fast,
+                                           double step, Model const* protein_c)
+    : FixedTimeStepMC(slow, fast, step, protein_c),
+      active_model_slow(&slow),
+      active_model_fast(&fast) {}
+
+double FixedTimeStepMCActiv::get_k_slow(double x, unsigned from, unsigned to,
+                                        ActinSite_s const& site) const {
+  return active_model_slow->get_k(x, from, to, site);
+}
+
+double FixedTimeStepMCActiv::get_k_fast(double x, unsigned from, unsigned to,
+                                        ActinSite_s const& site) const {
+  return active_model_fast->get_k(x, from, to, site);
+}

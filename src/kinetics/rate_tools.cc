@@ -1,0 +1,93 @@
+#include "kinetics/rate_tools.h"
+
+#include <cmath>
+
+#include "control/diagnostics.h"
+#include "elastic/XB_Models.h"
+#include "elastic/discrete_function.h"
+
+namespace {
+
+constexpr double site_spacing = 5.5;  // nm, between the sites of one strand that a head can reach
+constexpr double dx = 0.1;
+constexpr double negligible_rate = 1e-8;
+constexpr double widest_reach = 1e5;  // nm, far beyond any filament
+
+/// Strain up to which the rate is not negligible, in whole nm.
+double binding_reach(std::function<double(double)> const& rate, std::string const& model) {
+  double r = 0.0;
+  while (rate(r) > negligible_rate) {
+    r += 1.0;
+    if (r > widest_reach) stop(model + ": the binding rate never falls off with the strain");
+  }
+  return r;
+}
+
+/// Half width of the bound fraction rate / (kd + rate), as a triangle of the same area and height;
+/// not finite when no point of the sweep lies at strain 0 or nothing binds there.
+double bound_half_width(std::function<double(double)> const& rate, double kd, double reach) {
+  double sum = 0.0;
+  double p0 = 0.0;
+  auto const n = static_cast<long>(2.0 * reach / dx + 1.0);
+  double x = -reach;
+  for (long i = 0; i < n; ++i, x += dx) {
+    double const p = rate(x) / (kd + rate(x));
+    sum += p;
+    if (std::abs(x) < 1e-5) p0 = p;
+  }
+  return 0.5 * (sum * dx / (0.5 * p0));
+}
+
+}  // namespace
+
+double detailed_balance(double f, double G_i, double G_j, double kBT) {
+  return f / std::exp((G_i - G_j) / kBT);
+}
+
+double threshold_strain(XB_Model const& law, double D, double kBT, double k_12, double k_21_cap,
+                        double dGStroke) {
+  Table stroke_energy;
+  double x = -25.0;
+  for (int i = 0; i <= 100; ++i, x += 0.29) {
+    stroke_energy.emplace_back(x, law.GetEnergy(x + D) - law.GetEnergy(x));
+  }
+  return GetInverseValue(stroke_energy, -(kBT * std::log(k_12 / k_21_cap) + dGStroke));
+}
+
+double binding_overlap_factor(std::function<double(double)> const& rate, double kd,
+                              std::string const& model) {
+  double const w = bound_half_width(rate, kd, binding_reach(rate, model));
+  if (!(w <= widest_reach)) return no_binding_overlap(model);
+  double const t0 = site_spacing - w;
+  double s = 0.0;
+  double e = 0.0;
+  auto const n = static_cast<long>(2.0 * w / dx + 1.0);
+  double x = -w;
+  for (long i = 0; i < n; ++i) {
+    double const k = rate(x);
+    x += dx;
+    s += k;
+    for (double t = t0; t < w; t += site_spacing) {
+      if (x >= t) e += 2.0 * k;
+    }
+  }
+  double const factor = (e + s) / s;
+  return std::isfinite(factor) ? factor : no_binding_overlap(model);
+}
+
+double no_binding_overlap(std::string const& model) {
+  warn(model + ": binding vanishes where its rescaling looks for it; it is left as read");
+  return 1.0;
+}
+
+void write_strain_table(char const* file_name, double x0, double x1, double step,
+                        std::function<void(FILE*, double)> const& write_row) {
+  FILE* const file = std::fopen(file_name, "wb");
+  if (!file) return;
+  for (double x = x0; x < x1; x += step) {
+    std::fprintf(file, "%e ", x);
+    write_row(file, x);
+    std::fprintf(file, "\n");
+  }
+  std::fclose(file);
+}

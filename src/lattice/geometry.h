@@ -1,0 +1,78 @@
+#pragma once
+/// How the thick and thin filaments of one mechanical unit stand to each other.
+///
+/// A lattice knows which fibres, nodes and heads exist, how stiff each fibre is, which free sites a
+/// detached head can reach at present and with what steric weight, and how the sites group into the
+/// chains and segments that regulation works on. One object serves all filaments of a run and does
+/// not change while it runs.
+
+#include <string>
+#include <vector>
+
+#include "control/factory.h"
+
+struct BindingSite_s;
+struct FilamentData;
+struct MyosinHead_s;
+
+namespace dealii {
+class ParameterHandler;
+}
+
+/// Argument of every lattice's constructor; a lattice reads a file of its own.
+struct GeometryParameter_s {};
+
+class Geometry {
+ public:
+  Geometry() = default;
+  virtual ~Geometry() = default;
+  Geometry(Geometry const&) = delete;
+  Geometry& operator=(Geometry const&) = delete;
+
+  virtual bool is_actin(unsigned fibre) const = 0;
+
+  /// Appends a candidate for each free, available site that the detached head can reach. The order
+  /// of the candidates is the order in which the stepper lays them on its scale.
+  virtual void get_binding_sites(FilamentData const& data, MyosinHead_s const& head,
+                                 std::vector<BindingSite_s>& candidates) const;
+
+  /// Lays out fibres, nodes and heads of a new filament. Draws random numbers where heads or
+  /// filament lengths are distributed.
+  virtual void initialize_filament(FilamentData& data) const = 0;
+
+  /// Young's modulus `e` [pN/nm^2] and cross-section `a` [nm^2] of a fibre; 0 for one that isn't
+  /// there.
+  virtual void get_fibre_stiffness(unsigned fibre, double& e, double& a) const = 0;
+
+  /// Number of regulated chains of sites.
+  virtual unsigned n_actin_chains() const { return 0; }
+  /// Writes the number of segments of each chain.
+  virtual void n_actin_segments(unsigned segment_size, std::vector<unsigned>& segments) const;
+  /// Fibre and node of a place in a segment; the node of a last segment may lie past the end.
+  virtual unsigned get_fibre(unsigned segment_size, unsigned chain, unsigned segment,
+                             unsigned index) const;
+  virtual unsigned get_site(unsigned segment_size, unsigned chain, unsigned segment,
+                            unsigned index) const;
+
+  unsigned n_myosin_nodes = 0;  ///< nodes on fibre 0, the end node included
+  unsigned n_actin_nodes = 0;   ///< nodes on each actin fibre
+  unsigned titin_enabled = 0;   ///< 1: a titin spring joins the last nodes of fibres 0 and 1
+  std::string titin_stiffness;  ///< name of the titin law
+  double titin_length = 0.0;
+  double titin_extension = 0.0;     ///< extension of titin with all displacements zero [nm]
+  double actin_end = 0.0;           ///< rest coordinate of the actin end [nm]
+  double myosin_stiffness = 0.0;    ///< of the whole thick filament [pN/nm]
+  std::string see_stiffness;        ///< name of the law of the series elastic element
+  double see_damping_factor = 0.0;  ///< [pN time/nm]
+  unsigned proteinC_enabled = 0;
+  unsigned proteinCStartPosition = 0;  ///< first crown index that may carry protein-C
+  unsigned proteinCNumber = 0;         ///< crowns with protein-C
+
+ protected:
+  /// Stiffness from per-fibre lists, the same in every lattice.
+  static void fibre_stiffness(std::vector<double> const& moduli, std::vector<double> const& areas,
+                              unsigned fibre, double& e, double& a);
+};
+
+#define REGISTER_GEOMETRY(Derived, name) \
+  REGISTER_COMPONENT(Derived, Geometry, GeometryParameter_s, name)

@@ -1,0 +1,54 @@
+#include "lattice/geometry_tools.h"
+
+#include <deal.II/base/point.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+Point2 on_circle(Point2 const& centre, double radius, double angle) {
+  return {centre[0] + radius * std::cos(angle), centre[1] + radius * std::sin(angle)};
+}
+
+double direction(Point2 const& from, Point2 const& to) {
+  return std::atan2(to[1] - from[1], to[0] - from[0]);
+}
+
+Point2 difference(Point2 const& from, Point2 const& to) {
+  return {to[0] - from[0], to[1] - from[1]};
+}
+
+}  // namespace
+
+double normalise_angle(double angle) {
+  while (angle >= M_PI) angle -= 2.0 * M_PI;
+  while (angle <= -M_PI) angle += 2.0 * M_PI;
+  return angle;
+}
+
+double angular_distance(double a, double b) { return std::abs(normalise_angle(a - b)); }
+
+bool check_sight(Point2 const& v, double angle) {
+  return angular_distance(std::atan2(v[1], v[0]) + M_PI, angle) < M_PI_2;
+}
+
+bool find_angle(Point2 const& centre_a, Point2 const& centre_b, double angle_a, double angle_b,
+                GeometryParameters_s const& radii, double& offset_b, double& offset_a) {
+  Point2 const a = on_circle(centre_a, radii.radius_a, angle_a);
+  Point2 const b = on_circle(centre_b, radii.radius_b, angle_b);
+  if (!check_sight(difference(a, centre_b), angle_b)) return false;
+  if (!check_sight(difference(b, centre_a), angle_a)) return false;
+  offset_b = normalise_angle(direction(b, a) - angle_b);
+  offset_a = normalise_angle(angle_a - direction(b, centre_a) - M_PI);
+  return true;
+}
+
+std::pair<unsigned, unsigned> axial_reach(std::valarray<double> const& position, double centre,
+                                          double xamax) {
+  auto const begin = std::begin(position);
+  auto const end = std::end(position);
+  auto const first = std::lower_bound(begin, end, centre - xamax);
+  auto const last = std::upper_bound(first, end, centre + xamax);
+  return {static_cast<unsigned>(first - begin), static_cast<unsigned>(last - begin)};
+}

@@ -1,0 +1,42 @@
+#pragma once
+/// Angles between filaments that are seen end-on as circles, and the search along the axis.
+///
+/// Angles in radians, lengths in nm.
+
+#include <utility>
+#include <valarray>
+
+namespace dealii {
+template <int dim, typename Number>
+class Point;
+}
+
+using Point2 = dealii::Point<2, double>;
+
+/// Radii about the first and the second centre of `find_angle`.
+struct GeometryParameters_s {
+  double radius_a;
+  double radius_b;
+};
+
+/// The angle shifted by full turns into the range above -pi up to and including pi.
+double normalise_angle(double angle);
+
+/// Size of the turn between two directions, 0 to pi.
+double angular_distance(double a, double b);
+
+/// Whether `angle` lies within 90 degrees (exclusive) of the direction opposite to `v`.
+bool check_sight(Point2 const& v, double angle);
+
+/// How two points on two circles see each other.
+///
+/// Point A lies on the circle about `centre_a` in direction `angle_a`, point B likewise. When
+/// either faces away from the other's centre, returns false and writes nothing. Otherwise
+/// `offset_b` is the bearing of A from B, measured from the direction in which B faces, and
+/// `offset_a` how far A stands from the direction toward B as seen from `centre_a`.
+bool find_angle(Point2 const& centre_a, Point2 const& centre_b, double angle_a, double angle_b,
+                GeometryParameters_s const& radii, double& offset_b, double& offset_a);
+
+/// Indices [first, end) of the sites whose position lies within `xamax` of `centre`, ends included.
+std::pair<unsigned, unsigned> axial_reach(std::valarray<double> const& position, double centre,
+                                          double xamax);

@@ -1,0 +1,412 @@
+#include "lattice/geometry_vertebrae.h"
+
+#include <deal.II/base/point.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+
+#include "control/diagnostics.h"
+#include "control/parameter_file.h"
+#include "control/run_state.h"
+#include "control/uniform_variate.h"
+#include "lattice/geometry_tools.h"
+#include "mechanics/filament_data.h"
+
+REGISTER_GEOMETRY(GeometryVertebrae, "Vertebrae");
+
+namespace {
+
+constexpr char const* parameter_file = "geom_vertebrae.prm";
+constexpr char const* laws = "ConstantStiffness|StiffnessFunction";
+
+constexpr unsigned crown_classes = 3;
+constexpr unsigned heads_per_crown = 3;
+constexpr double out_of_reach = -1.0;
+
+/// Crowns that can carry protein-C: those of class 0 from the start position on.
+unsigned qualifying_crowns(unsigned n_crowns, unsigned start) {
+  unsigned const first = (start + crown_classes - 1) / crown_classes;
+  unsigned const end = (n_crowns + crown_classes - 1) / crown_classes;
+  return end > first ? end - first : 0;
+}
+
+}  // namespace
+
+GeometryVertebrae::GeometryVertebrae(GeometryParameter_s const&) {
+  load_parameters(*this, parameter_file);
+  build_tables();
+  WriteToTaveloOutput();
+}
+
+void GeometryVertebrae::declare_parameters(dealii::ParameterHandler& handler) {
+  {
+    ParameterSection const myosin(handler, "myosin");
+    myosin.declare_double("myosin_offset", "125.0");
+    myosin.declare_integer("myosin_crowns", "50");
+    myosin.declare_double("dx_myosin", "14.3");
+    myosin.declare_double("e_mysoin", "3.52e3");
+    myosin.declare_double("a_mysoin", "50.0");
+    myosin.declare_double("slowHeads_percent", "0");
+    myosin.declare_double("fastHeads_percent", "100");
+  }
+  {
+    ParameterSection const actin(handler, "actin");
+    actin.declare_double("dx_actin", "2.77");
+    actin.declare_double("length_actin", "1050.0");
+    actin.declare_integer("actin_period", "13");
+    actin.declare_double("e_actin1", "1.27e3");
+    actin.declare_double("a_actin1", "50.4");
+    actin.declare_double("e_actin2", "1.27e3");
+    actin.declare_double("a_actin2", "50.4");
+    actin.declare_double("a_offset", "0.0");
+  }
+  {
+    ParameterSection const axial(handler, "axial");
+    axial.declare_double("radius_actin", "3.5");
+    axial.declare_double("radius_myosin", "7.0");
+    axial.declare_double("d_actin_myosin", "30.0");
+  }
+  {
+    ParameterSection const numerics(handler, "numerics");
+    numerics.declare_double("xamax", "15.0");
+  }
+  {
+    ParameterSection const nebulin(handler, "nebulin");
+    nebulin.declare_integer("nebulinDeficiency", "0");
+  }
+  {
+    ParameterSection const titin(handler, "titin");
+    titin.declare_integer("titin_enabled", "0");
+    titin.declare_selection("titin_stiffness", "ConstantStiffness", laws);
+    titin.declare_double("titin_length", "1.0");
+  }
+  {
+    ParameterSection const see(handler, "see");
+    see.declare_selection("see_stiffness", "ConstantStiffness", laws);
+    see.declare_double("see_damping_factor", "0.0");
+  }
+  {
+    ParameterSection const proteinC(handler, "protein-C");
+    proteinC.declare_integer("proteinCIndicator", "0");
+    proteinC.declare_integer("proteinCStartPosition", "15");
+    proteinC.declare_integer("proteinCNumber", "7");
+  }
+}
+
+void GeometryVertebrae::get_parameters(dealii::ParameterHandler& handler) {
+  get_myosin_parameters(handler);
+  get_actin_parameters(handler);
+  {
+    ParameterSection const axial(handler, "axial", parameter_file);
+    radius_actin = axial.positive("radius_actin");
+    radius_myosin = axial.positive("radius_myosin");
+    d_actin_myosin = axial.positive("d_actin_myosin");
+  }
+  {
+    ParameterSection const numerics(handler, "numerics", parameter_file);
+    xamax = numerics.positive("xamax");
+  }
+  {
+    ParameterSection const nebulin(handler, "nebulin", parameter_file);
+    nebulinDeficiency = nebulin.count("nebulinDeficiency");
+  }
+  {
+    ParameterSection const titin(handler, "titin", parameter_file);
+    titin_enabled = titin.count("titin_enabled");
+    titin_stiffness = titin.text("titin_stiffness");
+    titin_length = titin.positive("titin_length");
+  }
+  {
+    ParameterSection const see(handler, "see", parameter_file);
+    see_stiffness = see.text("see_stiffness");
+    see_damping_factor = see.non_negative("see_damping_factor");
+  }
+  get_proteinC_parameters(handler);
+
+  double const last_crown = (n_myosin_nodes - 2) * dx_myosin + myosin_offset;
+  titin_extension = actin_end - (titin_length + last_crown);
+  myosin_stiffness = e[0] * a[0] / last_crown;
+}
+
+void GeometryVertebrae::get_myosin_parameters(dealii::ParameterHandler& handler) {
+  ParameterSection const myosin(handler, "myosin", parameter_file);
+  myosin_offset = myosin.positive("myosin_offset");
+  n_myosin_nodes = myosin.count("myosin_crowns", 1) + 1;
+  dx_myosin = myosin.positive("dx_myosin");
+  e.push_back(myosin.positive("e_mysoin"));
+  a.push_back(myosin.positive("a_mysoin"));
+  slow_percent = myosin.number("slowHeads_percent");
+  fast_percent = myosin.number("fastHeads_percent");
+  if (slow_percent + fast_percent != 100.0) {
+    stop_with_message("Error: sum of slow and fast myosin heads must be equal to 100 [%]");
+  }
+  myosin.non_negative("slowHeads_percent");
+  myosin.non_negative("fastHeads_percent");
+  slow_fraction = slow_percent / 100.0;
+}
+
+void GeometryVertebrae::get_actin_parameters(dealii::ParameterHandler& handler) {
+  ParameterSection const actin(handler, "actin", parameter_file);
+  dx_actin = actin.positive("dx_actin");
+  double const length = actin.positive("length_actin");
+  if (!(length / dx_actin >= 2.0 && length / dx_actin < 1e6)) {
+    actin.refuse_value("length_actin", "2 to a million times dx_actin");
+  }
+  n_actin_nodes = static_cast<unsigned>(length / dx_actin);
+  actin_period = actin.count("actin_period", 1);
+  for (char const* fibre : {"1", "2"}) {
+    e.push_back(actin.positive(std::string("e_actin") + fibre));
+    a.push_back(actin.positive(std::string("a_actin") + fibre));
+  }
+  a_offset = actin.number("a_offset");
+  actin_end = length + a_offset;
+}
+
+void GeometryVertebrae::get_proteinC_parameters(dealii::ParameterHandler& handler) {
+  ParameterSection const proteinC(handler, "protein-C", parameter_file);
+  proteinC_enabled = proteinC.count("proteinCIndicator");
+  proteinCStartPosition = proteinC.count("proteinCStartPosition");
+  proteinCNumber = proteinC.count("proteinCNumber");
+  unsigned const fitting = qualifying_crowns(n_myosin_nodes - 1, proteinCStartPosition);
+  if (proteinC_enabled != 0 && proteinCNumber > fitting) {
+    proteinC.refuse_value("proteinCNumber",
+                          "at most " + std::to_string(fitting) +
+                              ", the number of every third crown from proteinCStartPosition on");
+  }
+}
+
+void GeometryVertebrae::get_fibre_stiffness(unsigned fibre, double& e_fibre,
+                                            double& a_fibre) const {
+  fibre_stiffness(e, a, fibre, e_fibre, a_fibre);
+}
+
+// Steric weights
+
+double GeometryVertebrae::get_actin_angle(unsigned site) const {
+  double const dphi = M_PI / actin_period;
+  double angle = site % (2 * actin_period) * dphi - dphi;
+  if (site % 2 == 0) angle += dphi + M_PI;
+  if (angle > 2.0 * M_PI) angle -= 2.0 * M_PI;
+  return angle;
+}
+
+void GeometryVertebrae::get_angles(unsigned head, unsigned crown, unsigned site, unsigned fibre,
+                                   std::vector<BindingSite_s>& out) const {
+  constexpr double head_angles[] = {3.141592653589793, 1.0471975511965976, 5.235987755982989};
+  constexpr double crown_azimuths[] = {0.0, 0.6981317007977318, -0.6981317007977318};
+  constexpr double widest_bearing = 1.0471975511965976;
+
+  double const d = d_actin_myosin;
+  Point2 const myosin(0.0, 0.0);
+  Point2 actin =
+      fibre == 1 ? Point2(d, 0.0) : Point2(0.5000000000000001 * d, 0.8660254037844386 * d);
+  unsigned facing = head;
+  if (crown == 2) {
+    // The third class sees fibre 2 mirrored, with its heads one place on.
+    if (fibre != 1) actin[1] = -actin[1];
+    facing = (head + 1) % heads_per_crown;
+  }
+  double const phi = get_actin_angle(site) + head_angles[facing];
+  double offset_b = 0.0;
+  double offset_a = 0.0;
+  bool const in_sight = find_angle(actin, myosin, phi, crown_azimuths[crown],
+                                   {radius_actin, radius_myosin}, offset_b, offset_a);
+  if (!in_sight || !(std::abs(offset_b) < widest_bearing)) return;
+  double const weight = (1.0 + std::cos(3.95 * offset_b)) * (1.0 + std::cos(2.0 * offset_a));
+  out.push_back({weight, site, fibre});
+}
+
+std::size_t GeometryVertebrae::table_index(unsigned head, unsigned crown, unsigned site) const {
+  return crown * heads_per_crown + head +
+         std::size_t{site % (2 * actin_period)} * crown_classes * heads_per_crown;
+}
+
+void GeometryVertebrae::build_tables() {
+  std::size_t const size = std::size_t{2 * actin_period} * crown_classes * heads_per_crown;
+  weights_fibre1.resize(size, 0.0);
+  weights_fibre2.resize(size, 0.0);
+  double sum = 0.0;
+  int count = 0;
+  std::vector<BindingSite_s> out;
+  for (unsigned site = 0; site < 2 * actin_period; ++site) {
+    for (unsigned crown = 0; crown < crown_classes; ++crown) {
+      for (unsigned head = 0; head < heads_per_crown; ++head) {
+        for (unsigned fibre = 1; fibre <= 2; ++fibre) {
+          out.clear();
+          get_angles(head, crown, site, fibre, out);
+          if (out.size() > 1) std::printf("Error initialising Vertebrae geometry!\n");
+          auto& weights = fibre == 1 ? weights_fibre1 : weights_fibre2;
+          weights[table_index(head, crown, site)] = out.empty() ? out_of_reach : out[0].weight;
+          if (out.empty()) continue;
+          sum += out[0].weight;
+          ++count;
+        }
+      }
+    }
+  }
+  if (count == 0) {
+    stop(std::string(parameter_file) + ": with these radii and distances no head can see any site");
+  }
+  double const mean = sum / count;
+  weights_fibre1 /= mean;
+  weights_fibre2 /= mean;
+}
+
+void GeometryVertebrae::get_angles_cached(unsigned head, unsigned crown, unsigned site,
+                                          unsigned fibre, std::vector<BindingSite_s>& out) const {
+  auto const& weights = fibre == 1 ? weights_fibre1 : weights_fibre2;
+  double const weight = weights[table_index(head, crown, site)];
+  if (weight > 0.0) out.push_back({weight, site, fibre});
+}
+
+void GeometryVertebrae::get_binding_sites(FilamentData const& data, MyosinHead_s const& head,
+                                          std::vector<BindingSite_s>& candidates) const {
+  candidates.reserve(20);
+  unsigned const crown = head.crown_class();
+  unsigned const number = head.number_in_crown();
+  double const centre = data.position[head.fibre][head.node];
+  unsigned const last_fibre = crown == 0 ? 1 : 2;
+  for (unsigned fibre = 1; fibre <= last_fibre; ++fibre) {
+    auto [first, end] = axial_reach(data.position[fibre], centre, xamax);
+    if (nebulinDeficiency != 0) {
+      auto const& x = data.x[fibre];
+      auto const limit =
+          std::lower_bound(std::begin(x), std::end(x), data.nebulin_limit[fibre - 1]);
+      first = std::max(first, static_cast<unsigned>(limit - std::begin(x)));
+    }
+    for (unsigned site = first; site < end; ++site) {
+      bool const is_free = data.bound_count[fibre][site] == 0;
+      if (is_free && data.sites[fibre][site].k_on_factor > 0.0) {
+        get_angles_cached(number, crown, site, fibre, candidates);
+      }
+    }
+  }
+}
+
+// Layout
+
+void GeometryVertebrae::initialize_filament(FilamentData& data) const {
+  std::vector<unsigned> node_counts = {n_myosin_nodes, n_actin_nodes, n_actin_nodes};
+  data.initialize(node_counts);
+  for (unsigned i = 1; i < n_myosin_nodes; ++i) data.x[0][i] = myosin_offset + (i - 1) * dx_myosin;
+  for (unsigned fibre = 1; fibre <= 2; ++fibre) {
+    for (unsigned j = 0; j < n_actin_nodes; ++j) data.x[fibre][j] = a_offset + j * dx_actin;
+  }
+  if (nebulinDeficiency != 0) {
+    double const longest = dx_actin * n_actin_nodes;
+    for (unsigned fibre = 1; fibre <= 2; ++fibre) {
+      data.nebulin_limit.push_back(longest - draw_actin_length() + a_offset);
+    }
+  }
+  initialize_heads(data);
+  data.position = data.x;
+}
+
+double GeometryVertebrae::draw_actin_length() const {
+  double const longest = dx_actin * n_actin_nodes;
+  double const r = uniform_variate();
+  if (nebulinDeficiency == 1) {
+    // Exponential distribution of the lost length, decay 0.134 um, cut at the full length.
+    double const quotient = (std::exp(-(longest / 1000.0) / 0.134) + r) / (1.0 - r);
+    return std::min(std::log(quotient) * -0.134 * -1000.0 + longest, longest);
+  }
+  if (nebulinDeficiency == 2) return (longest - 562.4) * std::sqrt(r) + 562.4;
+  return 0.0;
+}
+
+unsigned GeometryVertebrae::n_heads() const {
+  unsigned const crowns = n_myosin_nodes + (proteinC_enabled != 0 ? proteinCNumber : 0);
+  return crowns * heads_per_crown - heads_per_crown;
+}
+
+void GeometryVertebrae::initialize_heads(FilamentData& data) const {
+  data.heads.assign(n_heads(), MyosinHead_s{});
+  auto next = data.heads.begin();
+  unsigned proteinC_left = proteinCNumber * heads_per_crown;
+  for (unsigned i = 0; i + 1 < n_myosin_nodes; ++i) {
+    // One draw a crown: all its heads are of one kind.
+    unsigned const kind = slow_fraction >= uniform_variate() ? 0 : 1;
+    unsigned const crown = i % crown_classes;
+    bool const carries_proteinC = proteinC_enabled != 0 && i >= proteinCStartPosition && crown == 0;
+    for (unsigned h = 0; h < heads_per_crown; ++h) {
+      MyosinHead_s const head = {i + 1, 0, 0, unbound, unbound, crown * 16 + h, kind, 0};
+      *next++ = head;
+      if (!carries_proteinC || proteinC_left == 0) continue;
+      --proteinC_left;
+      *next = head;
+      (next++)->model_index = 2;
+    }
+  }
+}
+
+// Regulated chains
+
+void GeometryVertebrae::n_actin_segments(unsigned segment_size,
+                                         std::vector<unsigned>& segments) const {
+  unsigned const even = (n_actin_nodes + 1) / 2;
+  unsigned const odd = n_actin_nodes / 2;
+  auto const segments_of = [&](unsigned sites) {
+    return (sites + segment_size - 1) / segment_size;
+  };
+  segments = {segments_of(even), segments_of(odd), segments_of(even), segments_of(odd)};
+}
+
+unsigned GeometryVertebrae::get_fibre(unsigned, unsigned chain, unsigned, unsigned) const {
+  return chain < 2 ? 1 : 2;
+}
+
+unsigned GeometryVertebrae::get_site(unsigned segment_size, unsigned chain, unsigned segment,
+                                     unsigned index) const {
+  return 2 * (index + segment * segment_size) + chain % 2;
+}
+
+// Listing
+
+void GeometryVertebrae::WriteToTaveloOutput() const {
+  FILE* const f = fOutputFile;
+  auto const number = [f](char const* label, double value) {
+    std::fprintf(f, "%s%15.10lf\n", label, value);
+  };
+  auto const integer = [f](char const* label, unsigned value) {
+    std::fprintf(f, "%s%d\n", label, static_cast<int>(value));
+  };
+  auto const line = [f](char const* text) { std::fprintf(f, "%s\n", text); };
+
+  line("\t*** Geometry VERTEBRAE ***************\n");
+  line("\t\tMyosin");
+  number("\tmyosin_offset:\t\t", myosin_offset);
+  integer("\tmyosin_crowns:\t\t\t", n_myosin_nodes);
+  number("\tdx_myosin:\t\t\t", dx_myosin);
+  number("\te_mysoin:\t\t\t", e[0]);
+  number("\ta_mysoin:\t\t\t", a[0]);
+  std::fprintf(f, "\tSlowMyosinHeads:\t\t\t%d [%%]\n", static_cast<int>(slow_percent));
+  std::fprintf(f, "\tFastMyosinHeads:\t\t\t%d [%%]\n\n", static_cast<int>(fast_percent));
+  line("\t\tActin");
+  number("\tdx_actin:\t\t\t", dx_actin);
+  number("\tlength_actin:\t\t", n_actin_nodes * dx_actin);
+  integer("\tactin_period:\t\t\t", actin_period);
+  number("\te_actin1:\t\t\t", e[1]);
+  number("\ta_actin1:\t\t\t", a[1]);
+  number("\te_actin2:\t\t\t", e[2]);
+  number("\ta_actin2:\t\t\t", a[2]);
+  number("\ta_offset:\t\t\t", a_offset);
+  line("\n\t\tAxial");
+  number("\tradius_actin:\t\t\t", radius_actin);
+  number("\tradius_myosin:\t\t\t", radius_myosin);
+  number("\td_actin_myosin:\t\t\t", d_actin_myosin);
+  line("\n\t\tNumerics - Sirina pretrage aktin sajtova");
+  number("\txamax:\t\t\t", xamax);
+  line("\n\t\tNebulin");
+  integer("\tNebulinDeficiency:\t\t\t", nebulinDeficiency);
+  line("\n\t\tTitin");
+  integer("\ttitin_enabled:\t\t\t\t", titin_enabled);
+  if (titin_enabled == 1) number("\ttitin_length:\t\t\t", titin_length);
+  line("\n\t\tProtein-C");
+  integer("\tproteinC_enabled:\t\t\t", proteinC_enabled);
+  if (proteinC_enabled != 0) {
+    integer("\tproteinCStartPosition:\t\t\t", proteinCStartPosition);
+    integer("\tproteinCNumber:\t\t\t", proteinCNumber);
+  }
+  line("");
+}

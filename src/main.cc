@@ -1,0 +1,16 @@
+#include <deal.II/base/exceptions.h>
+#include <deal.II/base/multithread_info.h>
+
+#include "control/diagnostics.h"
+#include "control/simulation.h"
+
+int main() {
+  dealii::MultithreadInfo::set_thread_limit(1);
+  dealii::deal_II_exceptions::disable_abort_on_exception();
+  try {
+    run_program();
+  } catch (std::exception const& exception) {
+    stop(std::string("internal error: ") + exception.what());
+  }
+  return 0;
+}

@@ -1,0 +1,113 @@
+#include "mechanics/distribution.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <ostream>
+#include <sstream>
+
+#include "elastic/XB_Models.h"
+#include "kinetics/model.h"
+#include "lattice/geometry.h"
+#include "mechanics/filament.h"
+#include "mechanics/sarcomer.h"
+
+namespace {
+
+std::string name_at(char const* stem, double time) {
+  std::ostringstream name;
+  name << stem << time << ".csv";
+  return name.str();
+}
+
+/// Extension that the law sees, with the warning of the measures that assume a constant stiffness.
+double stretched(double x, unsigned state, Model const* model) {
+  if (model->xb_model->xbType != 0) {
+    std::printf("Jedino je moguce pustiti proracun sa konstantnim stifnesom!\n");
+  }
+  return x + model->power_stroke(state);
+}
+
+}  // namespace
+
+int Sarcomer::create_distributions(double time) const {
+  OutputFile const distributions(name_at("distributions_", time), "wt");
+  OutputFile const xray(name_at("x_ray_data_", time), "wt");
+  std::fprintf(distributions.get(), "X,Stiffness,Force,Energy,State\n");
+  std::fprintf(xray.get(), "Filament, Actin, Strained, Node, InitCoordinate, Coordinate, Force\n");
+  for (std::size_t f = 0; f < filaments.size(); ++f) {
+    Filament const& filament = *filaments[f];
+    FilamentData const& data = filament.data;
+    unsigned const n = filament.n_attached();
+    for (unsigned i = 0; i < n; ++i) {
+      MyosinHead_s const& h = *data.attached[i];
+      XB_Model const& law = filament.bond_law(h);
+      double const X = filament.bond_strain(i);
+      double const F = law.GetForce(X);
+      std::fprintf(distributions.get(), "%lf,%lf,%lf,%lf,%d\n", filament.get_strain_euler(i),
+                   law.GetStiffness(X), F, law.GetEnergy(X), static_cast<int>(h.state));
+      std::fprintf(xray.get(), "%d,%d,%d,%d,%lf,%lf,%lf\n", static_cast<int>(f),
+                   static_cast<int>(h.actin_fibre), static_cast<int>(h.actin_site & 1u),
+                   static_cast<int>(h.actin_site), data.x[h.actin_fibre][h.actin_site],
+                   data.position[h.actin_fibre][h.actin_site], F);
+    }
+  }
+  distributions.flush();
+  xray.flush();
+  return 0;
+}
+
+void Distribution::create_crowns_distribution(std::ostream& stream, Iterator first,
+                                              Iterator last) const {
+  std::for_each(first, last, [&](Filament const* filament) {
+    unsigned const n = filament->get_geometry()->n_actin_nodes;
+    for (unsigned fibre = 1; fibre <= std::min(2u, filament->n_fibre() - 1); ++fibre) {
+      auto const& position = filament->data.position[fibre];
+      for (unsigned node = 1; node < n; ++node) {
+        stream << position[node] - position[node - 1] << '\n';
+      }
+    }
+  });
+}
+
+void Distribution::create_xray_distribution(std::ostream& stream, Iterator first,
+                                            Iterator last) const {
+  std::for_each(first, last, [&](Filament const* filament) {
+    for (unsigned i = 0; i < filament->data.heads.size(); ++i) {
+      MyosinHead_s const& head = filament->data.heads[i];
+      double const actin = head.actin_fibre == unbound
+                               ? 0.0
+                               : filament->get_actin_position(head.actin_fibre, head.actin_site);
+      stream << i << ' ' << filament->get_myosin_position(i) << ' ' << actin << ' '
+             << head.actin_fibre << ' ' << head.actin_site << '\n';
+    }
+  });
+}
+
+void Distribution::create_state_distribution(std::ostream& stream, Iterator first,
+                                             Iterator last) const {
+  if (first == last) return;
+  std::size_t const n_heads = (*first)->data.heads.size();
+  std::vector<std::vector<unsigned>> counts(n_heads,
+                                            std::vector<unsigned>((*first)->n_states(), 0));
+  std::for_each(first, last, [&](Filament const* filament) {
+    for (std::size_t i = 0; i < n_heads; ++i) ++counts[i][filament->data.heads[i].state];
+  });
+  auto const n_filaments = static_cast<double>(last - first);
+  for (std::size_t i = 0; i < n_heads; ++i) {
+    stream << i << ' ';
+    for (unsigned const count : counts[i]) stream << count / n_filaments << ' ';
+    stream << '\n';
+  }
+}
+
+double DFuncStrain(double x, unsigned, Model const*) { return x; }
+
+double DFuncForce(double x, unsigned state, Model const* model) {
+  double const X = stretched(x, state, model);
+  return model->xb_model->GetStiffness(X) * X;
+}
+
+double DFuncEnergy(double x, unsigned state, Model const* model) {
+  double const X = stretched(x, state, model);
+  return 0.5 * X * X * model->xb_model->GetStiffness(X);
+}

@@ -1,0 +1,278 @@
+#include "mechanics/filament.h"
+
+#include <deal.II/lac/dynamic_sparsity_pattern.h>
+#include <deal.II/lac/sparse_matrix.h>
+#include <deal.II/lac/vector.h>
+
+#include <algorithm>
+#include <fstream>
+
+#include "elastic/XB_Models.h"
+#include "kinetics/fixed_dt_mc.h"
+#include "kinetics/model.h"
+#include "lattice/geometry.h"
+
+Filament::Filament(Geometry const& lattice, Model const& slow, Model const& fast,
+                   FixedTimeStepMC const& mc, int sense, XB_Model const* titin)
+    : direction(sense),
+      geometry(&lattice),
+      model_slow(&slow),
+      model_fast(&fast),
+      model_proteinC(mc.get_proteinC_model()),
+      titin_law(titin),
+      stepper(&mc) {
+  geometry->initialize_filament(data);
+  stepper->initialize_filament(data);
+  unsigned const n = static_cast<unsigned>(data.x.size());
+  chains.reserve(n);
+  for (unsigned fibre = 0; fibre < n; ++fibre) {
+    double e = 0.0;
+    double a = 0.0;
+    geometry->get_fibre_stiffness(fibre, e, a);
+    chains.emplace_back(data.attached, data.x[fibre], data.u[fibre], e, a);
+  }
+  mesh_nodes.resize(n);
+  proteinC_enabled = geometry->proteinC_enabled;
+}
+
+int Filament::state_change(double, double) {
+  data.attached.clear();
+  data.attached.reserve(data.heads.size());
+  for (MyosinHead_s& head : data.heads) {
+    if (head.detach_pending == 1) {
+      head.detach_pending = 0;
+      stepper->detach(data, head);
+    }
+    Model const& model = model_of(head);
+    candidates.clear();
+    if (!model.attached[head.state]) geometry->get_binding_sites(data, head, candidates);
+    stepper->state_change(data, head, candidates);
+    if (model.attached[head.state] || head.detach_pending == 1) data.attached.push_back(&head);
+  }
+  return 0;
+}
+
+Model const& Filament::model_of(MyosinHead_s const& head) const {
+  return head.model_index == 0   ? *model_slow
+         : head.model_index == 1 ? *model_fast
+                                 : *model_proteinC;
+}
+
+// Mesh and numbering
+
+int Filament::prepare_nodes() {
+  unsigned counter = 0;
+  return do_for_all(fa_prepare_nodes, counter, 0);
+}
+
+void Filament::set_offset(unsigned first_dof) {
+  offset = first_dof;
+  fibre_offsets.clear();
+  do_for_all(fa_assign_offset, fibre_offsets, offset);
+}
+
+unsigned Filament::n_dofs() const {
+  unsigned sum = 0;
+  do_for_all(fa_count_dofs, sum, 0);
+  return sum;
+}
+
+unsigned Filament::n_states() const { return model_slow->n_states(); }
+
+unsigned Filament::n_attached() const {
+  return static_cast<unsigned>(
+      std::count_if(data.attached.begin(), data.attached.end(),
+                    [](MyosinHead_s const* head) { return head->detach_pending != 1; }));
+}
+
+unsigned Filament::n_in_state(unsigned state) const {
+  return static_cast<unsigned>(
+      std::count_if(data.attached.begin(), data.attached.end(),
+                    [state](MyosinHead_s const* head) { return head->state == state; }));
+}
+
+unsigned Filament::myosin_dof(MyosinHead_s const& head) const {
+  return fibre_offsets[0] + chains[head.fibre].get_local_dof(head.node);
+}
+
+unsigned Filament::actin_dof(MyosinHead_s const& head) const {
+  return fibre_offsets[head.actin_fibre] + chains[head.actin_fibre].get_local_dof(head.actin_site);
+}
+
+// Positions
+
+double Filament::get_last_actin_displacement() const {
+  return chains[1].get_u(chains[1].get_raw_nodes() - 1);
+}
+
+void Filament::resetDisplacement() {
+  for (auto& u : data.u) u = 0.0;
+}
+
+double Filament::get_actin_position(unsigned fibre, unsigned node) const {
+  return chains[fibre].get_x(node) + chains[fibre].get_u(node);
+}
+
+double Filament::get_myosin_position(unsigned head) const {
+  unsigned const node = data.heads[head].node;
+  return chains[0].get_x(node) + chains[0].get_u(node);
+}
+
+void Filament::get_crossbridge_positions(unsigned index, double& myosin, double& actin) const {
+  MyosinHead_s const& head = *data.attached[index];
+  myosin = data.x[0][head.node] + data.u[0][head.node];
+  actin = get_actin_position(head.actin_fibre, head.actin_site);
+}
+
+double Filament::get_strain(unsigned index) const {
+  MyosinHead_s const& head = *data.attached[index];
+  return data.x[head.actin_fibre][head.actin_site] - data.x[0][head.node];
+}
+
+double Filament::get_strain_euler(unsigned index) const {
+  double myosin = 0.0;
+  double actin = 0.0;
+  get_crossbridge_positions(index, myosin, actin);
+  return actin - myosin;
+}
+
+// Bonds
+
+double Filament::bond_strain(unsigned index) const {
+  MyosinHead_s const& head = *data.attached[index];
+  double const distance = get_strain_euler(index);
+  return head.model_index < 2 ? distance + model_of(head).power_stroke(head.state) : distance;
+}
+
+XB_Model const& Filament::bond_law(MyosinHead_s const& head) const {
+  return *model_of(head).xb_model;
+}
+
+namespace {
+
+bool carries_force(MyosinHead_s const& head) {
+  return head.detach_pending != 1 && head.model_index <= 2;
+}
+
+}  // namespace
+
+double Filament::bond_stiffness(unsigned index) const {
+  MyosinHead_s const& head = *data.attached[index];
+  return carries_force(head) ? bond_law(head).GetStiffness(bond_strain(index)) : 0.0;
+}
+
+double Filament::bond_force(unsigned index) const {
+  MyosinHead_s const& head = *data.attached[index];
+  return carries_force(head) ? bond_law(head).GetForce(bond_strain(index)) : 0.0;
+}
+
+// Titin
+
+bool Filament::has_titin() const { return geometry->titin_enabled == 1; }
+
+double Filament::titin_strain() const {
+  double const last_myosin = chains[0].get_u(chains[0].get_raw_nodes() - 1);
+  return get_last_actin_displacement() + geometry->titin_extension - last_myosin;
+}
+
+// The filament's share of the system
+
+int faxb_create_sparsity(unsigned i, unsigned j, dealii::DynamicSparsityPattern& pattern, double) {
+  add_spring(pattern, i, j);
+  return 0;
+}
+
+int faxb_create_matrix(unsigned i, unsigned j, dealii::SparseMatrix<double>& matrix, double k) {
+  add_spring(matrix, i, j, k);
+  return 0;
+}
+
+int Filament::create_sparsity(dealii::DynamicSparsityPattern& pattern) {
+  do_for_all(fa_create_sparsity, pattern, offset);
+  do_for_all_xb(faxb_create_sparsity, pattern);
+  if (has_titin()) faxb_create_sparsity(get_bnd_dof(1, 0), get_bnd_dof(1, 1), pattern, 0.0);
+  return 0;
+}
+
+int Filament::create_matrix(dealii::SparseMatrix<double>& matrix,
+                            dealii::Vector<double>& rhs) const {
+  do_for_all(fa_create_matrix, matrix, offset);
+  create_rhs(rhs);
+  do_for_all_xb(faxb_create_matrix, matrix);
+  if (has_titin()) {
+    // The rest value: titin enters the iteration with a constant stiffness.
+    double const k = titin_law->GetStiffness(geometry->titin_extension);
+    faxb_create_matrix(get_bnd_dof(1, 0), get_bnd_dof(1, 1), matrix, k);
+  }
+  return 0;
+}
+
+int Filament::create_rhs(dealii::Vector<double>& rhs) const {
+  do_for_all(fa_create_rhs, rhs, offset);
+  if (has_titin()) {
+    double const f = titin_law->GetForce(titin_strain());
+    rhs[get_bnd_dof(1, 0)] += f;
+    rhs[get_bnd_dof(1, 1)] -= f;
+  }
+  for (unsigned i = 0; i < data.attached.size(); ++i) {
+    MyosinHead_s const& head = *data.attached[i];
+    double const f = bond_force(i);
+    rhs[myosin_dof(head)] += f;
+    rhs[actin_dof(head)] -= f;
+  }
+  return 0;
+}
+
+// The solution's way back
+
+int Filament::interpolate(dealii::Vector<double> const& solution) {
+  do_for_all(fa_interpolate, solution, offset);
+  InterpolateDisplacements();
+  for (std::size_t fibre = 0; fibre < data.x.size(); ++fibre) {
+    data.position[fibre] = data.x[fibre];
+    data.position[fibre] += data.u[fibre];
+  }
+  return 0;
+}
+
+void Filament::InterpolateDisplacements() {
+  for (auto& nodes : mesh_nodes) nodes.assign(1, 0);
+  for (MyosinHead_s const* head : data.attached) {
+    mesh_nodes[0].push_back(head->node);
+    mesh_nodes[head->actin_fibre].push_back(head->actin_site);
+  }
+  for (std::size_t fibre = 0; fibre < mesh_nodes.size(); ++fibre) {
+    auto& nodes = mesh_nodes[fibre];
+    auto& u = data.u[fibre];
+    nodes.push_back(static_cast<unsigned>(u.size()) - 1);
+    std::sort(nodes.begin(), nodes.end());
+    for (std::size_t i = 1; i < nodes.size(); ++i) {
+      unsigned const a = nodes[i - 1];
+      unsigned const b = nodes[i];
+      double const slope = (u[b] - u[a]) / (b - a);
+      for (unsigned m = 1; m + a < b; ++m) u[a + m] = u[a] + m * slope;
+    }
+  }
+}
+
+// Diagnostic writers
+
+void Filament::write_displacement(std::ostream& stream) const {
+  do_for_all(fa_write_displacement, stream, 0);
+}
+
+void Filament::WriteCBCharacteristics(std::ofstream& stream, int number) const {
+  stream << number << '\n';
+  for (unsigned i = 0; i < data.attached.size(); ++i) {
+    stream << bond_strain(i) << ',' << bond_stiffness(i) << ',' << bond_force(i) << '\n';
+  }
+}
+
+void Filament::writeActinNodeForces(FILE* file, int fibre) const {
+  for (unsigned i = 0; i < data.attached.size(); ++i) {
+    MyosinHead_s const& head = *data.attached[i];
+    if (head.model_index > 1 || static_cast<int>(head.actin_fibre) != fibre) continue;
+    double const force = bond_law(head).GetForce(bond_strain(i));
+    std::fprintf(file, "%u,%lf\n", head.actin_site, -force);
+  }
+}

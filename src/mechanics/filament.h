@@ -1,0 +1,163 @@
+#pragma once
+/// One mechanical unit of the lattice: a thick filament with its thin filaments.
+///
+/// A filament lets its heads step in order, numbers its degrees of freedom, adds its chains, bonds
+/// and titin to the global system, and brings a solution back to its nodes.
+///
+/// A bond is a spring between a node of fibre 0 and a node of an actin fibre, so it enters exactly
+/// two rows and columns. Its strain is the distance from the head's node to the site, plus, for
+/// myosin, the lever displacement of the head's state; a positive force pulls the myosin node
+/// toward larger and the actin node toward smaller coordinates. A head with `detach_pending` keeps
+/// its place in the mesh and carries nothing.
+///
+/// Call order in a step: `state_change`; `prepare_nodes`, `set_offset`, `create_sparsity`; then any
+/// number of `create_matrix` and `interpolate`.
+
+#include <iosfwd>
+#include <memory>
+#include <vector>
+
+#include "mechanics/dealii_forward.h"
+#include "mechanics/filament_data.h"
+#include "mechanics/filament_fe.h"
+
+class FixedTimeStepMC;
+class Geometry;
+class Model;
+class XB_Model;
+
+class Filament {
+ public:
+  /// `direction` is 1, or -1 in a mirrored half-sarcomere. `titin` may be null where the lattice
+  /// has no titin. Draws the first state of every head.
+  Filament(Geometry const& geometry, Model const& slow, Model const& fast,
+           FixedTimeStepMC const& stepper, int direction, XB_Model const* titin);
+  virtual ~Filament() = default;
+  Filament(Filament const&) = delete;
+  Filament& operator=(Filament const&) = delete;
+
+  /// One Monte-Carlo step of all heads, in their order; each sees what those before it did. Time
+  /// and step length are there for regulated filaments. Returns 0.
+  virtual int state_change(double time, double step);
+
+  int prepare_nodes();
+  /// Sets the number of the first degree of freedom; the mesh must stand.
+  void set_offset(unsigned first_dof);
+  unsigned n_dofs() const;
+  unsigned n_fibre() const { return static_cast<unsigned>(chains.size()); }
+  unsigned n_states() const;
+  /// Heads in `attached` whose release is not pending.
+  unsigned n_attached() const;
+  /// Heads in `attached` in that state, pending ones included.
+  unsigned n_in_state(unsigned state) const;
+  unsigned get_bnd_dof(unsigned end, unsigned fibre) const {
+    return chains[fibre].get_bnd_dof(end);
+  }
+
+  Model const* get_model_slow() const { return model_slow; }
+  Model const* get_model_fast() const { return model_fast; }
+  Model const* get_proteinC_model() const { return model_proteinC; }
+  Geometry const* get_geometry() const { return geometry; }
+  /// The model of a head: 0 slow, 1 fast, any other value protein-C.
+  Model const& model_of(MyosinHead_s const& head) const;
+
+  double get_last_actin_displacement() const;
+  /// Clears `u`; `position` stays.
+  void resetDisplacement();
+  double get_actin_position(unsigned fibre, unsigned node) const;
+  /// Coordinate of a head's node; the index runs over `heads`.
+  double get_myosin_position(unsigned head) const;
+  /// Coordinates of a bond's two ends; this index and the following run over `attached`.
+  void get_crossbridge_positions(unsigned index, double& myosin, double& actin) const;
+  /// Signed distance from the head's node to the site, in the rest configuration.
+  double get_strain(unsigned index) const;
+  /// The same in the current configuration.
+  double get_strain_euler(unsigned index) const;
+
+  /// What enters the elastic law of a bond: the present distance plus the lever displacement.
+  double bond_strain(unsigned index) const;
+  XB_Model const& bond_law(MyosinHead_s const& head) const;
+  double bond_stiffness(unsigned index) const;
+  double bond_force(unsigned index) const;
+
+  /// Calls `function(chain, argument, offset)` for each chain in fibre order, with the running
+  /// offset. Returns 0.
+  template <class Function, class T>
+  int do_for_all(Function function, T& argument, unsigned start);
+  template <class Function, class T>
+  int do_for_all(Function function, T& argument, unsigned start) const;
+  /// Calls `function(myosin dof, actin dof, argument, stiffness)` for each head of `attached`, in
+  /// order. Returns 0.
+  template <class T>
+  int do_for_all_xb(int (*function)(unsigned, unsigned, T&, double), T& argument) const;
+
+  int create_sparsity(dealii::DynamicSparsityPattern& pattern);
+  /// Adds the stiffness of chains, bonds and titin to the matrix, and the present forces to `rhs`.
+  int create_matrix(dealii::SparseMatrix<double>& matrix, dealii::Vector<double>& rhs) const;
+  int create_rhs(dealii::Vector<double>& rhs) const;
+
+  /// Adds a correction to the displacements, makes the fibres straight between degrees of freedom,
+  /// and renews `position`. Returns 0.
+  int interpolate(dealii::Vector<double> const& solution);
+
+  void write_displacement(std::ostream& stream) const;
+  /// Writes the number, then strain, stiffness and force of every head of `attached`.
+  void WriteCBCharacteristics(std::ofstream& stream, int number) const;
+  /// Writes site and force on the site of every myosin head bound to that fibre.
+  void writeActinNodeForces(FILE* file, int fibre) const;
+
+  int direction;
+  FilamentData data;
+  unsigned proteinC_enabled = 0;
+  /// Segments of the thin filaments by regulatory state; empty without regulation.
+  std::vector<int> activation_states;
+
+ private:
+  void InterpolateDisplacements();
+  unsigned myosin_dof(MyosinHead_s const& head) const;
+  unsigned actin_dof(MyosinHead_s const& head) const;
+  bool has_titin() const;
+  double titin_strain() const;
+
+  Geometry const* geometry;
+  Model const* model_slow;
+  Model const* model_fast;
+  Model const* model_proteinC;
+  XB_Model const* titin_law;
+  FixedTimeStepMC const* stepper;
+  std::vector<FilamentFEM> chains;
+  unsigned offset = 0;
+  std::vector<unsigned> fibre_offsets;
+  std::vector<BindingSite_s> candidates;          ///< work space of `state_change`
+  std::vector<std::vector<unsigned>> mesh_nodes;  ///< work space of `InterpolateDisplacements`
+};
+
+int faxb_create_sparsity(unsigned i, unsigned j, dealii::DynamicSparsityPattern& pattern, double);
+int faxb_create_matrix(unsigned i, unsigned j, dealii::SparseMatrix<double>& matrix, double k);
+
+template <class Function, class T>
+int Filament::do_for_all(Function function, T& argument, unsigned start) {
+  for (FilamentFEM& chain : chains) {
+    function(chain, argument, start);
+    start += chain.n_dofs();
+  }
+  return 0;
+}
+
+template <class Function, class T>
+int Filament::do_for_all(Function function, T& argument, unsigned start) const {
+  for (FilamentFEM const& chain : chains) {
+    function(chain, argument, start);
+    start += chain.n_dofs();
+  }
+  return 0;
+}
+
+template <class T>
+int Filament::do_for_all_xb(int (*function)(unsigned, unsigned, T&, double), T& argument) const {
+  for (unsigned i = 0; i < data.attached.size(); ++i) {
+    MyosinHead_s const& head = *data.attached[i];
+    function(myosin_dof(head), actin_dof(head), argument, bond_stiffness(i));
+  }
+  return 0;
+}

@@ -1,0 +1,258 @@
+// Equilibrium of all filaments, bonds, titin and the series elastic element.
+//
+// Newton iteration: the matrix is the stiffness at the present displacements (for titin, at its
+// rest value), the right-hand side what the elements carry out of balance, and each solution a
+// correction to the accumulated displacements. A prescribed displacement enters as a step in the
+// first pass; the same ends are then held while the rest is balanced. The heads don't move, so
+// bonds, mesh and numbering stay fixed during one call.
+
+#include <deal.II/lac/affine_constraints.h>
+#include <deal.II/lac/dynamic_sparsity_pattern.h>
+#include <deal.II/lac/sparse_matrix.h>
+#include <deal.II/lac/vector.h>
+#include <deal.II/numerics/matrix_tools.h>
+
+#include <cmath>
+#include <numeric>
+
+#include "control/diagnostics.h"
+#include "control/logger.h"
+#include "control/run_state.h"
+#include "mechanics/direct_solver.h"
+#include "mechanics/filament.h"
+#include "mechanics/sarcomer.h"
+
+namespace {
+
+constexpr int most_passes = 100;
+constexpr int convergence_log = 6;
+
+/// Largest absolute entry of a vector and the index of its first occurrence.
+struct Peak {
+  double value = 0.0;
+  unsigned index = 0;
+};
+
+Peak find_peak(dealii::Vector<double> const& v) {
+  Peak peak;
+  for (unsigned i = 0; i < v.size(); ++i) {
+    double const size = std::abs(v[i]);
+    // A value that isn't a number must not hide behind the comparison.
+    if (size > peak.value || std::isnan(size)) peak = {size, i};
+  }
+  return peak;
+}
+
+/// Sets of degrees of freedom that stiffness or a constraint joins.
+class Connections {
+ public:
+  explicit Connections(unsigned n) : parent(n) { std::iota(parent.begin(), parent.end(), 0u); }
+  unsigned root(unsigned i) {
+    while (parent[i] != i) i = parent[i] = parent[parent[i]];
+    return i;
+  }
+  void join(unsigned i, unsigned j) { parent[root(i)] = root(j); }
+
+ private:
+  std::vector<unsigned> parent;
+};
+
+}  // namespace
+
+/// The linear system of one call.
+struct Sarcomer::System {
+  explicit System(unsigned n_dofs) : n(n_dofs), rhs(n_dofs), load(n_dofs), unused(n_dofs) {}
+
+  void condense_and_hold() {
+    constraints.condense(matrix);
+    constraints.condense(rhs);
+    dealii::MatrixTools::apply_boundary_values(values, matrix, unused, rhs, true);
+  }
+
+  unsigned const n;
+  dealii::SparsityPattern pattern;
+  Matrix matrix;
+  Constraints constraints;
+  Values values;
+  Vector rhs;
+  Vector load;    ///< the prescribed force, as the boundary put it into `rhs`
+  Vector unused;  ///< solution argument of `apply_boundary_values`
+};
+
+struct Sarcomer::Measures {
+  Measures(Vector const& du, Vector const& rhs)
+      : rms_du(std::sqrt(du.norm_sqr() / du.size())),
+        rms_rhs(std::sqrt(rhs.norm_sqr() / rhs.size())),
+        max_du(find_peak(du)),
+        max_rhs(find_peak(rhs)) {}
+
+  double rms_du;
+  double rms_rhs;
+  Peak max_du;
+  Peak max_rhs;
+};
+
+int Sarcomer::assemble_and_solve(double time, bool update) {
+  if (filaments.empty()) return -1;
+  see_extension_old = see_displacement - get_last_actin_displacement();
+
+  System system(number_dofs());
+  dealii::DynamicSparsityPattern pattern(system.n, system.n);
+  for (auto const& filament : filaments) filament->create_sparsity(pattern);
+  see_create_sparsity(pattern, system.n);
+  create_boundary(system);
+  system.constraints.close();
+  system.constraints.condense(pattern);
+  system.pattern.copy_from(pattern);
+  system.matrix.reinit(system.pattern);
+  system.load = system.rhs;
+  if (!is_displacement_mode() && n_attached() == 0) {
+    stop_with_message("Prescribed Force : NO CROSSBRIDGES -> displacement = inf");
+  }
+  assemble(system);
+  refuse_floating(system, time);
+  system.condense_and_hold();
+
+  DirectSolver solver;
+  Vector du(system.n);
+  for (int pass = 1;; ++pass) {
+    solve_pass(system, solver, du);
+    if (update) {
+      see_displacement += du[see_dof];
+      for (auto const& filament : filaments) filament->interpolate(du);
+    }
+    system.rhs = system.load;
+    if (pass == 1 && is_displacement_mode()) hold_ends(system);
+    system.matrix = 0.0;
+    assemble(system);
+    log_pass(system, du, pass);
+    if (update) {
+      CalculateResults(du, system.rhs);
+    } else {
+      std::fprintf(stiffness_file.get(), "%e,", time);
+      create_stiffness_output(du, system.rhs);
+    }
+    system.condense_and_hold();
+    Measures const measures(du, system.rhs);
+    log_measures(measures);
+    if (pass == most_passes) stop_without_convergence(time, pass, measures);
+    if (is_balanced(measures)) return 1;
+  }
+}
+
+unsigned Sarcomer::number_dofs() {
+  unsigned offset = 0;
+  for (auto const& filament : filaments) {
+    filament->prepare_nodes();
+    filament->set_offset(offset);
+    offset += filament->n_dofs();
+  }
+  return offset + 1;
+}
+
+void Sarcomer::create_boundary(System& system) {
+  switch (boundary_mode) {
+    case 1:
+      create_bnd_force(system.constraints, system.rhs, system.values);
+      break;
+    case 2:
+      create_fibre_bnd_displacement(system.constraints, system.values);
+      break;
+    case 3:
+      create_fibre_bnd_force(system.constraints, system.rhs, system.values);
+      break;
+    default:
+      create_bnd_displacement(system.constraints, system.values);
+  }
+}
+
+void Sarcomer::assemble(System& system) {
+  for (auto const& filament : filaments) filament->create_matrix(system.matrix, system.rhs);
+  see_create_matrix(system.matrix, system.rhs);
+}
+
+void Sarcomer::solve_pass(System& system, DirectSolver& solver, Vector& du) const {
+  du = system.rhs;
+  if (!solver.solve(system.matrix, du)) {
+    stop("singular system at time " + std::to_string(timeForAll) + ", step " +
+         std::to_string(t_timeStep) + ": the forces determine no displacements");
+  }
+  system.constraints.distribute(du);
+}
+
+/// The prescribed step has been taken: from now on its ends stay where they are.
+void Sarcomer::hold_ends(System& system) {
+  system.rhs = 0.0;
+  system.constraints.clear();
+  system.values.clear();
+  boundary_value = 0.0;
+  create_boundary(system);
+  system.constraints.close();
+}
+
+bool Sarcomer::is_balanced(Measures const& m) const {
+  return m.rms_du <= param->dispSqLimit && m.rms_rhs <= param->forceSqLimit &&
+         m.max_du.value <= param->dispCBLimit && m.max_rhs.value <= param->forceCBLimit;
+}
+
+void Sarcomer::stop_without_convergence(double time, int pass, Measures const& m) const {
+  std::printf("No Convergence!\n");
+  stop("no equilibrium after " + std::to_string(pass) + " passes at time " + std::to_string(time) +
+       ", step " + std::to_string(t_timeStep) + ": largest out-of-balance force " +
+       std::to_string(m.max_rhs.value) + " pN, largest correction " +
+       std::to_string(m.max_du.value) + " nm");
+}
+
+void Sarcomer::log_pass(System const& system, Vector const& du, int pass) const {
+  unsigned const d0 = filaments.front()->get_bnd_dof(0, 0);
+  unsigned const d1 = filaments.front()->get_bnd_dof(1, 1);
+  double S = 0.0;
+  for (auto const& filament : filaments) S += system.rhs[filament->get_bnd_dof(0, 0)];
+  // Room for any double that "%lf" may write out in full.
+  char text[3072];
+  std::snprintf(text, sizeof text, "%lf,%d,%lf,%lf,%lf,%lf,%lf", timeForAll, pass, see_displacement,
+                S, system.rhs[d0], system.rhs[d1], system.rhs[see_dof]);
+  Logger::Write(text, convergence_log, true);
+  std::snprintf(text, sizeof text, ",%lf,%lf,%lf", du[d0], du[d1], du[see_dof]);
+  Logger::Write(text, convergence_log, true);
+}
+
+void Sarcomer::log_measures(Measures const& m) const {
+  char text[2048];
+  std::snprintf(text, sizeof text, ",%lf,%u,%lf,%u,%lf\n", m.max_rhs.value, m.max_rhs.index,
+                m.max_du.value, m.max_du.index, get_last_actin_displacement());
+  Logger::Write(text, convergence_log, true);
+}
+
+/// A part that no stiffness or constraint joins to a held end has no determined place, and a
+/// factorisation may hide that behind rounding.
+void Sarcomer::refuse_floating(System const& system, double time) const {
+  Connections connections(system.n + 1);
+  unsigned const ground = system.n;
+  for (auto const& value : system.values) {
+    connections.join(value.first, ground);
+  }
+  for (unsigned i = 0; i < system.n; ++i) {
+    for (auto entry = system.matrix.begin(i); entry != system.matrix.end(i); ++entry) {
+      if (entry->value() != 0.0) connections.join(i, static_cast<unsigned>(entry->column()));
+    }
+    auto const* const ties = system.constraints.get_constraint_entries(i);
+    if (!ties) continue;
+    for (auto const& entry : *ties) connections.join(i, static_cast<unsigned>(entry.first));
+  }
+  for (unsigned i = 0; i < system.n; ++i) {
+    if (connections.root(i) == connections.root(ground)) continue;
+    stop("singular system at time " + std::to_string(time) + ", step " +
+         std::to_string(t_timeStep) + ": " + place_of(i) +
+         " is joined to no held end by bonds, titin or the series elastic element");
+  }
+}
+
+std::string Sarcomer::place_of(unsigned dof) const {
+  if (dof == see_dof) return "the outer end of the series elastic element";
+  std::size_t i = filaments.size() - 1;
+  while (filaments[i]->get_bnd_dof(0, 0) > dof) --i;
+  bool const is_thick = dof <= filaments[i]->get_bnd_dof(1, 0);
+  return std::string(is_thick ? "the thick filament" : "a thin filament") + " of half-sarcomere " +
+         std::to_string(i % series() + 1) + " of row " + std::to_string(i / series() + 1);
+}
