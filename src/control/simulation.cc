@@ -8,6 +8,7 @@
 #include "control/output_file.h"
 #include "control/parameter_file.h"
 #include "control/protocol.h"
+#include "control/run_directory.h"
 #include "control/run_state.h"
 #include "elastic/XB_Models.h"
 #include "kinetics/model.h"
@@ -201,6 +202,7 @@ void Simulation::write_rows(Loop& loop) {
 }
 
 void run_program() {
+  RunDirectoryLock const lock(listing_name);
   // Regulated filaments append to this file; each run starts it anew.
   std::remove("TroponinAngles.csv");
   fOutputFile = open_output(listing_name, "wt");
