@@ -5,6 +5,7 @@
 #include <cstdlib>
 
 #include "control/diagnostics.h"
+#include "control/interruption.h"
 #include "control/output_file.h"
 #include "control/parameter_file.h"
 #include "control/protocol.h"
@@ -153,6 +154,7 @@ void Simulation::run() {
     begin_step(loop);
     move(loop);
     write_rows(loop);
+    stop_if_interrupted();
     loop.protocol.refuse_missed_end(timeForAll);
   } while (!loop.protocol.checkForNewProtocol(timeForAll));
 }
@@ -216,6 +218,7 @@ void run_program() {
                "Max CB Error - Dislpacement,Max CB Error - Force\n");
   fConvergenceListing = open_output(convergence_name, "wt");
   Simulation simulation;
+  catch_interruptions();
   simulation.run();
   close_output(fIterationNorms, norms_name);
   close_output(fConvergenceListing, convergence_name);
