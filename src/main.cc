@@ -1,6 +1,8 @@
 #include <deal.II/base/exceptions.h>
 #include <deal.II/base/multithread_info.h>
 
+#include <new>
+
 #include "control/diagnostics.h"
 #include "control/simulation.h"
 
@@ -9,6 +11,8 @@ int main() {
   dealii::deal_II_exceptions::disable_abort_on_exception();
   try {
     run_program();
+  } catch (std::bad_alloc const&) {
+    stop("there is not enough memory for a lattice of this size");
   } catch (std::exception const& exception) {
     stop(std::string("internal error: ") + exception.what());
   }

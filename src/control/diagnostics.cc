@@ -25,12 +25,18 @@ void stop(std::string const& message) {
   std::exit(1);
 }
 
-void stop_with_message(char const* message) {
+void stop_with_message(char const* message, std::string const& detail) {
   std::printf("%s\n", message);
-  std::exit(1);
+  stop(detail);
 }
 
 void warn(std::string const& message) { print_diagnostic("warning: " + message); }
+
+std::string shown(double number) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%.12g", number);
+  return text;
+}
 
 std::string single_line(std::string const& text) {
   std::string line;

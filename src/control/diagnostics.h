@@ -14,11 +14,15 @@
 /// Ends the run with one line on standard error.
 [[noreturn]] void stop(std::string const& message);
 
-/// Ends the run with a fixed message, a line of its own on standard output.
-[[noreturn]] void stop_with_message(char const* message);
+/// Ends the run with a fixed message, a line of its own on standard output, and `detail` (what,
+/// where, what is accepted) on standard error.
+[[noreturn]] void stop_with_message(char const* message, std::string const& detail);
 
 /// Tells of something unusual on standard error and goes on.
 void warn(std::string const& message);
+
+/// A number as messages show it: as short as it can be told apart, never rounded to 0.
+std::string shown(double number);
 
 /// The text on one line: white space folded, characters that can't be printed shown as '?', and cut
 /// where it grows beyond some hundred characters.

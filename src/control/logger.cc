@@ -34,6 +34,13 @@ DiagnosticFile const files[n_files] = {
     {&Logger::crossbridge_convergence, "crossbridge_convergence.csv"},
 };
 
+char const* path_of(FILE* file) {
+  for (DiagnosticFile const& diagnostic : files) {
+    if (*diagnostic.handle == file) return diagnostic.path;
+  }
+  return "a diagnostic file";
+}
+
 bool in_logged_time() {
   return std::abs(timeForAll + 1.0) < 1e-6 || (timeForAll >= 0.0 && timeForAll <= 0.5);
 }
@@ -53,7 +60,7 @@ void Logger::OpenFile(FILE** handle, char const* path) {
 void Logger::WriteToFile(char const* text, FILE* file, bool filtered) {
   if (filtered && !in_logged_time()) return;
   std::fputs(text, file);
-  flush_output(file, "a diagnostic file");
+  flush_output(file, path_of(file));
 }
 
 void Logger::Write(char const* text, int number, bool filtered) {

@@ -33,10 +33,10 @@ void McModelParameters::get_parameters(dealii::ParameterHandler& handler) {
   sarcomer.full_sarcomer = full_sarcomer;
   caActivationModelIndicator = section.integer("caActivationModelIndicator");
   healtyChainPercent = section.integer("healtyChainPercent");
-  sarcomer.dispSqLimit = section.positive("dispSqLimit");
-  sarcomer.dispCBLimit = section.positive("dispCBLimit");
-  sarcomer.forceSqLimit = section.positive("forceSqLimit");
-  sarcomer.forceCBLimit = section.positive("forceCBLimit");
+  sarcomer.dispSqLimit = section.number("dispSqLimit");
+  sarcomer.dispCBLimit = section.number("dispCBLimit");
+  sarcomer.forceSqLimit = section.number("forceSqLimit");
+  sarcomer.forceCBLimit = section.number("forceCBLimit");
 }
 
 void McModelParameters::WriteToTaveloOutput() const {

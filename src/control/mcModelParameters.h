@@ -1,11 +1,12 @@
 #pragma once
 /// Contents of "numeric_mc.prm": size and kind of the lattice, and the limits of the iteration.
 ///
-/// Refuses negative counts and limits that are not above 0.
+/// Refuses negative counts. A limit that is too small for rounding ends the run without
+/// convergence.
 
 #include <string>
 
-#include "mechanics/sarcomer.h"
+#include "mechanics/sarcomer_parameter.h"
 
 namespace dealii {
 class ParameterHandler;

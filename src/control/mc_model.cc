@@ -1,5 +1,7 @@
 #include "control/mc_model.h"
 
+#include <cstdint>
+
 #include "activation/active_filament.h"
 #include "kinetics/active_model.h"
 #include "kinetics/fixed_dt_mc.h"
@@ -12,6 +14,9 @@ REGISTER_COMPONENT(MCModel, MacroModel, MacroModelParameter, "MonteCarlo");
 namespace {
 
 constexpr char const* parameter_file = "numeric_mc.prm";
+
+/// More half-sarcomeres than any machine's memory holds, and few enough to be counted in 32 bits.
+constexpr std::uint64_t most_filaments = 10000000;
 
 ActiveModel const& require_active(Model const* model, std::string const& activation) {
   if (auto const* active = dynamic_cast<ActiveModel const*>(model)) return *active;
@@ -27,10 +32,13 @@ MCModel::MCModel(MacroModelParameter const& parameter)
                                         "geometry");
   stepper = create_stepper();
   sarcomer = std::make_unique<Sarcomer>(parameters.sarcomer, *geometry);
-  unsigned const in_series = is_series() ? 2 * parameters.full_sarcomer : 1;
-  for (unsigned i = 0; i < parameters.filaments * in_series; ++i) {
-    add_filament(is_series() && i % 2 == 1 ? -1 : 1);
+  auto const in_series = is_series() ? std::uint64_t{2} * parameters.full_sarcomer : 1;
+  std::uint64_t const n = parameters.filaments * in_series;
+  if (n > most_filaments) {
+    refuse(parameter_file, "filaments times half-sarcomeres in series", std::to_string(n),
+           "at most " + std::to_string(most_filaments));
   }
+  for (std::uint64_t i = 0; i < n; ++i) add_filament(is_series() && i % 2 == 1 ? -1 : 1);
 }
 
 MCModel::~MCModel() = default;
@@ -78,7 +86,7 @@ void MCModel::prescribe_force(double value) {
 
 void MCModel::prescribe_length(double value) {
   if (is_series()) {
-    sarcomer->set_boundary_mode(2, 2 * parameters.full_sarcomer * value);
+    sarcomer->set_boundary_mode(2, 2.0 * parameters.full_sarcomer * value);
   } else {
     sarcomer->set_boundary_mode(0, value);
   }

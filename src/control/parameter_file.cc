@@ -10,6 +10,7 @@
 #include <sstream>
 
 #include "control/diagnostics.h"
+#include "control/output_file.h"
 
 namespace {
 
@@ -36,41 +37,79 @@ std::string declared_keys(dealii::ParameterHandler const& handler) {
   return keys;
 }
 
-/// What the handler says of the line that it refuses, without its stack trace.
+/// What the handler says of the line that it refuses, without its stack trace and full stop.
 std::string reason(dealii::ExceptionBase const& exception) {
   std::ostringstream text;
   exception.print_info(text);
-  return text.str();
+  std::string const line = single_line(text.str());
+  return line.substr(0, line.find_last_not_of(". ") + 1);
+}
+
+/// The line that a message of the handler names by "Line <n>", to show its value.
+std::string named_line(std::string const& message, std::string const& text) {
+  std::size_t const place = message.find("Line <");
+  if (place == std::string::npos) return "";
+  std::istringstream lines(text);
+  std::string line;
+  for (int n = std::atoi(message.c_str() + place + 6); n > 0; --n) std::getline(lines, line);
+  return " in '" + line + "'";
 }
 
 void write_defaults(dealii::ParameterHandler const& handler, std::string const& file_name) {
-  std::ofstream file(file_name);
+  std::ofstream file = open_output_stream(file_name);
   handler.print_parameters(file, dealii::ParameterHandler::Text);
-  file.flush();
-  if (!file) stop(file_name + ": can't be written: " + std::strerror(errno));
+  flush_output(file, file_name);
+  warn("parameter file " + file_name + " was missing; it is written with the default values, " +
+       "which are used");
+}
+
+/// The whole text of a file that exists.
+std::string read_text(std::string const& file_name) {
+  std::ifstream file(file_name, std::ios::binary);
+  std::ostringstream text;
+  if (!file || fs::is_directory(file_name) || (file.peek() != EOF && !(text << file.rdbuf()))) {
+    stop(file_name + ": can't be read as a parameter file: " +
+         (file ? "it is a directory" : std::strerror(errno)));
+  }
+  return text.str();
+}
+
+/// A file that includes itself would never end, and what a run used should stand in its own files.
+void refuse_includes(std::string const& text, std::string const& file_name) {
+  std::istringstream lines(text);
+  int number = 0;
+  for (std::string line; std::getline(lines, line);) {
+    ++number;
+    std::istringstream words(line);
+    std::string word;
+    words >> word;
+    if (word == "include" || word == "INCLUDE") {
+      refuse(file_name + ", line " + std::to_string(number), "a statement", line,
+             "'subsection', 'set', 'end'");
+    }
+  }
 }
 
 }  // namespace
 
 void read_parameter_file(dealii::ParameterHandler& handler, std::string const& file_name) {
   if (file_name.empty()) return;
-  if (!fs::exists(file_name)) {
-    warn("parameter file " + file_name +
-         " is missing; one with the default values is written and used");
+  std::error_code error;
+  if (fs::status(file_name, error).type() == fs::file_type::not_found) {
     write_defaults(handler, file_name);
     return;
   }
-  std::ifstream file(file_name);
-  if (!file || fs::is_directory(file_name)) {
-    stop(file_name + ": can't be read as a parameter file: " +
-         (file ? "it is a directory" : std::strerror(errno)));
-  }
+  if (error) stop(file_name + ": can't be read as a parameter file: " + error.message());
+  std::string const text = read_text(file_name);
+  refuse_includes(text, file_name);
+  std::istringstream stream(text);
   try {
-    handler.parse_input(file, file_name);
+    handler.parse_input(stream, file_name);
   } catch (dealii::ParameterHandler::ExcInvalidEntryForPattern const& exception) {
-    stop(file_name + ": " + reason(exception));
+    stop(reason(exception));
   } catch (dealii::ExceptionBase const& exception) {
-    stop(file_name + ": " + reason(exception) + "; accepted keys: " + declared_keys(handler));
+    std::string const message = reason(exception);
+    stop(message + named_line(message, text) + "; accepted keys: " + declared_keys(handler));
   } catch (std::exception const& exception) {
     stop(file_name + ": " + exception.what());
   }
@@ -116,8 +155,13 @@ void ParameterSection::declare_double(std::string const& key, std::string const&
 std::string ParameterSection::text(std::string const& key) const { return handler.get(key); }
 
 double ParameterSection::number(std::string const& key) const {
-  double const value = handler.get_double(key);
-  if (!std::isfinite(value)) refuse_value(key, "a finite number");
+  // A number that a double can't hold passes the pattern and throws here.
+  double value = NAN;
+  try {
+    value = handler.get_double(key);
+  } catch (std::exception const&) {
+  }
+  if (!std::isfinite(value)) refuse_value(key, "a finite number that a double can hold");
   return value;
 }
 

@@ -45,7 +45,11 @@ class RowReader {
     std::string const word = next(field, "a finite number");
     char* end = nullptr;
     double const value = std::strtod(word.c_str(), &end);
-    if (*end != '\0' || !std::isfinite(value)) refuse(where, field, word, "a finite number");
+    bool const is_whole_word = end == word.data() + word.size();
+    bool const is_decimal = word.find_first_not_of("0123456789+-.eE") == std::string::npos;
+    if (!is_whole_word || !is_decimal || !std::isfinite(value)) {
+      refuse(where, field, word, "a finite number");
+    }
     return value;
   }
 
@@ -109,13 +113,14 @@ void write_row(FILE* file, ProtocolStep_s const& step) {
 
 Protocol::Protocol(std::string const& file_name) {
   read_protocol(file_name);
-  current = &steps.front();
   ca_file = OutputFile("Ca_function.csv", "wt");
   std::fprintf(ca_file.get(), "Time, Calcium\n");
+  ca_file.flush();
 }
 
 void Protocol::read_protocol(std::string const& file_name) {
   protocol_file = file_name;
+  steps.clear();
   std::ifstream file = open_input(file_name, "");
   int number = 0;
   for (std::string line; std::getline(file, line);) {
@@ -123,6 +128,7 @@ void Protocol::read_protocol(std::string const& file_name) {
     if (!is_blank(line)) read_row(line, at_line(file_name, number));
   }
   if (steps.empty()) refuse(file_name, "the number of rows", "0", "1 or more");
+  current = &steps.front();
 }
 
 void Protocol::read_row(std::string const& line, std::string const& where) {
@@ -137,15 +143,15 @@ void Protocol::read_row(std::string const& line, std::string const& where) {
   for (unsigned i = 0; i < parameters_of_type(step.type); ++i) {
     *parameters[i] = row.number(names[i]);
   }
-  if (!(step.dt > 0.0)) refuse(where, "step", std::to_string(step.dt), "a number above 0");
+  if (!(step.dt > 0.0)) refuse(where, "step", shown(step.dt), "a number above 0");
   if (step.type == 4 && !(step.p0 > 0.0)) {
-    refuse(where, "p0", std::to_string(step.p0), "a slope above 0 in a row of type 4");
+    refuse(where, "p0", shown(step.p0), "a slope above 0 in a row of type 4");
   }
   // Behind a type 4 row the starts count from the end of its ramp.
   bool const same_clock = !steps.empty() && steps.back().type != 4;
   if (same_clock && step.start < steps.back().start) {
-    refuse(where, "start", std::to_string(step.start),
-           "a time of at least " + std::to_string(steps.back().start) + ", the row before");
+    refuse(where, "start", shown(step.start),
+           "a time of at least " + shown(steps.back().start) + ", the row before");
   }
   if (step.type == table_type) {
     function_file = row.next("table file", "the name of a file");
@@ -166,8 +172,8 @@ void Protocol::read_table(std::string const& where) {
     double const time = row.number("time");
     double const value = row.number("value");
     if (!function.empty() && !(time > function.back().first)) {
-      refuse(table_line, "time", std::to_string(time),
-             "a time above " + std::to_string(function.back().first) + ", the row before");
+      refuse(table_line, "time", shown(time),
+             "a time above " + shown(function.back().first) + ", the row before");
     }
     function.emplace_back(time, value);
   }
@@ -177,6 +183,11 @@ void Protocol::read_table(std::string const& where) {
 }
 
 void Protocol::require_end() const {
+  if (steps.size() >= 2 && steps.back().type == table_type) {
+    warn(protocol_file +
+         ": the table row is the last one and only marks the end; "
+         "its table is not used");
+  }
   if (steps.size() >= 2 || steps.front().type == table_type) return;
   refuse(protocol_file, "the number of rows", "1",
          "2 or more, the last of which marks the end, or one row of type 999");
@@ -187,7 +198,7 @@ bool Protocol::get_value(double time, unsigned& mode, double& value, double last
   mode = current->mode;
   value = value_of_row(time - current->start);
   if (!std::isfinite(value)) {
-    refuse(protocol_file, "the value at time " + std::to_string(time), std::to_string(value),
+    refuse(protocol_file, "the value at time " + shown(time), shown(value),
            "rows whose law has a finite value");
   }
   return true;
@@ -197,7 +208,7 @@ void Protocol::start_ramp(double time, double lastResponse) {
   current->p2 = lastResponse;
   current->started = 1;
   TimeOffset = std::abs(lastResponse - current->p1) / current->p0 + time;
-  if (!is_last()) (current + 1)->start += TimeOffset;
+  if (ProtocolStep_s* const next = next_row()) next->start += TimeOffset;
 }
 
 double Protocol::value_of_row(double tau) const {
@@ -234,30 +245,33 @@ double Protocol::log_normal(double tau) const {
   return current->p3 * (current->p0 / L) * std::exp(-0.5 * (deviation * deviation));
 }
 
+ProtocolStep_s* Protocol::next_row() const {
+  return current == &steps.back() ? nullptr : current + 1;
+}
+
 bool Protocol::checkForNewProtocol(double time) {
   if (current->type == table_type) {
     if (std::abs(time - function.back().first) > 1e-7) return false;
     std::printf("%s\n", end_message);
     return true;
   }
-  if (is_last()) return true;
-  double const next_start = (current + 1)->start;
-  if (!(std::abs(time - next_start) < 1e-9 || time > next_start)) return false;
-  ++current;
+  ProtocolStep_s* const next = next_row();
+  if (!next) return true;
+  if (!(std::abs(time - next->start) < 1e-9 || time > next->start)) return false;
+  current = next;
   std::printf("Novi protocol\n");
-  if (is_last()) {
-    std::printf("%s\n", end_message);
-    return true;
+  if (ProtocolStep_s* const after = next_row()) {
+    after->start += TimeOffset;
+    return false;
   }
-  (current + 1)->start += TimeOffset;
-  return false;
+  std::printf("%s\n", end_message);
+  return true;
 }
 
 void Protocol::refuse_missed_end(double time) const {
   if (current->type != table_type || time <= function.back().first + 1e-7) return;
-  stop(protocol_file + ": the table " + function_file + " ends the run at time " +
-       std::to_string(function.back().first) + ", which no time step meets; now at " +
-       std::to_string(time));
+  stop(protocol_file + ": the table " + function_file + " ends the run at the absolute time " +
+       shown(function.back().first) + ", which no time step meets; now at " + shown(time));
 }
 
 double Protocol::get_twitch(double t, double tau1, double tau2) const {

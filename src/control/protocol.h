@@ -5,14 +5,15 @@
 /// law, and the law's parameters. The last row only marks the end. The same class reads the course
 /// of calcium, where the value is a concentration or a probability and the mode is not looked at.
 ///
-///     type   value at tau = time - start                        parameters
-///     0      p0                                                 value
-///     1      tau p0 + p1                                        slope, value at the start
-///     2      p0 sin(2 pi tau p1 + pi p3) + p2                   amplitude, frequency, offset,
-///     phase/pi 3      (exp(-tau/p0) - exp(-tau/p1)) p2 / peak + p3       time constants, height,
-///     base 4      tau p0 + the response before the row               slope, target 5      p3 p0/L
-///     exp(-(ln(L/p2)/p1)^2/2), L = log10(1000 tau)  scale, width, centre, factor 999    linear
-///     interpolation in a table file               name of the file
+/// With tau = time - start, the value by type is
+///   - 0, constant: p0
+///   - 1, ramp: tau p0 + p1
+///   - 2, sine: p0 sin(2 pi tau p1 + pi p3) + p2
+///   - 3, twitch: (exp(-tau/p0) - exp(-tau/p1)) p2 / peak + p3
+///   - 4, ramp from the present state to the target p1: tau p0 + the response before the row
+///   - 5, log-normal: p3 p0/L exp(-(ln(L/p2)/p1)^2 / 2) with L = log10(1000 tau), 0 below 1.1/1000
+///   - 999, table file: linear interpolation at tau
+///   - any other: 0
 ///
 /// A type 4 row lasts until its ramp has covered the distance to the target. Starts behind it stand
 /// in the file relative to the end of the ramp.
@@ -75,7 +76,8 @@ class Protocol {
   double value_of_row(double tau) const;
   double log_normal(double tau) const;
   void start_ramp(double time, double lastResponse);
-  bool is_last() const { return current == &steps.back(); }
+  /// The row behind the current one; null behind the last.
+  ProtocolStep_s* next_row() const;
 
   std::string protocol_file;
   std::string function_file;

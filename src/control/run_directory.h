@@ -14,3 +14,7 @@ class RunDirectoryLock {
  private:
   int const descriptor;
 };
+
+/// Raises the number of files that may be open to what the system allows: every regulated filament
+/// keeps one.
+void raise_open_file_limit();

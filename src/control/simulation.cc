@@ -40,12 +40,11 @@ std::vector<double> read_writing_times() {
   std::string heading;
   std::getline(file, heading);
   for (double time; file >> time;) times.push_back(time);
-  if (file.eof()) return times;
-  file.clear();
-  std::string word;
-  file >> word;
-  refuse(writing_times_name, "entry " + std::to_string(times.size() + 1) + " behind the heading",
-         word, "a time");
+  if (!file.eof()) {
+    warn(std::string(writing_times_name) + ": entry " + std::to_string(times.size() + 1) +
+         " behind the heading is no time; no snapshots from there on");
+  }
+  return times;
 }
 
 }  // namespace
@@ -109,7 +108,11 @@ Simulation::~Simulation() = default;
 void Simulation::create_models() {
   ModelParameter_s parameter;
   parameter.xb_model = create_elastic_law(parameters.xb_model, "xb_");
-  if (!parameter.xb_model) stop_with_message("No Crossbridge model? ");
+  if (!parameter.xb_model) {
+    stop_with_message("No Crossbridge model? ", std::string(simulation_file) + ": xb_model is '" +
+                                                    parameters.xb_model +
+                                                    "', which has no class here");
+  }
   parameter.file_name = parameters.model_fast_fileName;
   model_fast = create_component<Model>(parameters.model, parameter, simulation_file, "model");
   parameter.file_name = parameters.model_slow_fileName;
@@ -144,19 +147,22 @@ void Simulation::run() {
   loop.writingTimes = read_writing_times();
   macro_model->set_dt(loop.protocol.get_dt());
   loop.bonds = open_output_stream(bonds_name);
-  loop.bonds << "Time,Attachment number,Detachment number\n";
+  loop.bonds << "Time,Attachment number,Detachment number";
+  end_row(loop.bonds, bonds_name);
   loop.states = open_output_stream(states_name);
-  loop.states << "Time,State1,State2,State3,State4,State5,State6,State7,State8,State9\n";
+  loop.states << "Time,State1,State2,State3,State4,State5,State6,State7,State8,State9";
+  end_row(loop.states, states_name);
   loop.states << timeForAll << ',';
   macro_model->write_cb_states(loop.states);
 
-  do {
+  while (true) {
     begin_step(loop);
     move(loop);
     write_rows(loop);
-    stop_if_interrupted();
     loop.protocol.refuse_missed_end(timeForAll);
-  } while (!loop.protocol.checkForNewProtocol(timeForAll));
+    if (loop.protocol.checkForNewProtocol(timeForAll)) break;
+    stop_if_interrupted();
+  }
 }
 
 void Simulation::begin_step(Loop& loop) {
@@ -171,7 +177,7 @@ void Simulation::begin_step(Loop& loop) {
   std::fprintf(fConvergenceListing, "Time = %lf\n", timeForAll);
   flush_output(fConvergenceListing, convergence_name);
   std::printf("TStep %i, Time=%lf\n", t_timeStep, timeForAll);
-  if (t_timeStep % 100 == 0) std::fflush(stdout);
+  if (t_timeStep % 100 == 0) flush_output(stdout, "standard output");
 }
 
 void Simulation::move(Loop& loop) {
@@ -205,6 +211,7 @@ void Simulation::write_rows(Loop& loop) {
 
 void run_program() {
   RunDirectoryLock const lock(listing_name);
+  raise_open_file_limit();
   // Regulated filaments append to this file; each run starts it anew.
   std::remove("TroponinAngles.csv");
   fOutputFile = open_output(listing_name, "wt");
@@ -222,4 +229,5 @@ void run_program() {
   simulation.run();
   close_output(fIterationNorms, norms_name);
   close_output(fConvergenceListing, convergence_name);
+  flush_output(stdout, "standard output");
 }

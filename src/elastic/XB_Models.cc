@@ -83,7 +83,10 @@ double XB_SigmoidalStiffness::GetForce(double x) const {
 }
 
 double XB_SigmoidalStiffness::GetEnergy(double) const {
-  stop_with_message("XB_SigmoidalStiffness xb model nije uradjen do kraja!");
+  stop_with_message("XB_SigmoidalStiffness xb model nije uradjen do kraja!",
+                    file_name +
+                        ": the law SigmoidalStiffness has no energy, which a snapshot or a kinetic "
+                        "model asked for");
 }
 
 // Three-linear force
@@ -117,9 +120,9 @@ void XB_ThreeLinearForce::get_parameters(dealii::ParameterHandler& handler) {
   T2 = section.number("T2");
   t1 = section.number("t1");
   t3 = section.number("t3");
-  if (!(t1 < T1)) section.refuse_value("T1", "a number above t1");
+  if (t1 == T1) section.refuse_value("T1", "a number other than t1");
   if (!(T1 < T2)) section.refuse_value("T2", "a number above T1");
-  if (!(T2 < t3)) section.refuse_value("t3", "a number above T2");
+  if (t3 == T2) section.refuse_value("t3", "a number other than T2");
 }
 
 double XB_ThreeLinearForce::GetStiffness(double x) const {
@@ -135,7 +138,10 @@ double XB_ThreeLinearForce::GetForce(double x) const {
 }
 
 double XB_ThreeLinearForce::GetEnergy(double) const {
-  stop_with_message("XB_ThreeLinearForce xb model nije uradjen do kraja!");
+  stop_with_message("XB_ThreeLinearForce xb model nije uradjen do kraja!",
+                    file_name +
+                        ": the law ThreeLinearForce has no energy, which a snapshot or a kinetic "
+                        "model asked for");
 }
 
 // Creation by name

@@ -101,7 +101,7 @@ class XB_SigmoidalStiffness : public XB_Model {
 /// Force in three straight pieces through (t1, y1), (T1, y2), (T2, y3), (t3, y4).
 ///
 /// The outer pieces go on as straight lines beyond t1 and t3. The law has no energy.
-/// Refuses: abscissae that are not in the order t1 < T1 < T2 < t3
+/// Refuses: pieces of length 0, breaks that are not in the order T1 < T2
 class XB_ThreeLinearForce : public XB_Model {
  public:
   explicit XB_ThreeLinearForce(std::string file_name);

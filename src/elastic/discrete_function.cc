@@ -90,6 +90,11 @@ MyDiscreteFunction::MyDiscreteFunction(std::string const& file, double scale)
 void MyDiscreteFunction::MakeIntegralTable(Table& result) const {
   Table below, rest;
   DevideFunction(below, rest);
+  if (below.empty() || rest.size() < 3) {
+    refuse("energy table", "its number of rows below 0 and from 0 on",
+           std::to_string(below.size()) + " and " + std::to_string(rest.size()),
+           "1 and 3 or more, so that it can be integrated to both sides");
+  }
   VectorTurn(below);
   MinusX(below);
   // The row at zero starts both branches; the right one gets it back as its own (0, 0) row.

@@ -31,7 +31,8 @@ class MyDiscreteFunction {
   void SetFunction(Table const& table) { points = table; }
   double GetY(double x) const { return GetValue(points, x); }
 
-  /// The integral table of the energies in `points`, on both sides of zero and odd in form.
+  /// The integral table of the energies in `points`, on both sides of zero and odd in form. Ends
+  /// the run when the points don't reach from below 0 to two rows beyond it.
   void MakeIntegralTable(Table& result) const;
   /// One branch of it: `e` holds energies on x of 0 or more. Rectangles of width 0.0001 nm.
   void MakeIntegralFunction(Table const& e, Table& result) const;

@@ -78,7 +78,8 @@ void FixedTimeStepMC::initialize_filament(FilamentData& data) const {
     c.push_back(sum);
   }
   for (MyosinHead_s& head : data.heads) {
-    auto const above = std::upper_bound(c.begin(), c.end(), uniform_variate());
+    double const u = uniform_variate();
+    auto const above = std::find_if(c.begin(), c.end(), [u](double c_j) { return c_j > u; });
     if (above != c.end()) head.state = states[static_cast<std::size_t>(above - c.begin())];
     // A protein-C head may have drawn a state that its own, smaller model doesn't have.
     if (head.model_index < 2 || !model_proteinC) continue;

@@ -43,18 +43,18 @@ double Model6State::reverse_rate(double x, unsigned from, unsigned to) const {
 }
 
 double Model6State::get_G(double x, unsigned state) const {
-  auto const strained = [&](double level, double stroke) {
-    return level + 0.5 * xb_model->GetStiffness(x) * (x + stroke) * (x + stroke);
+  auto const strained = [&](double level, double extension) {
+    return level + 0.5 * xb_model->GetStiffness(x) * extension * extension;
   };
   switch (state) {
     case 1:
-      return strained(c_1, 0.0);
+      return strained(c_1, x);
     case 2:
-      return strained(c_2, D);
+      return strained(c_2, x + D);
     case 3:
-      return strained(g_3, D + delta);
+      return strained(g_3, x + D + delta);
     case 4:
-      return strained(g_3, D + delta) + G_ATP;
+      return strained(g_3, x + D + delta) + G_ATP;
     default:
       return 0.0;
   }

@@ -3,6 +3,7 @@
 #include <deal.II/lac/full_matrix.h>
 #include <deal.II/lac/vector.h>
 
+#include <algorithm>
 #include <cmath>
 
 #include "kinetics/model.h"
@@ -93,7 +94,7 @@ std::vector<double> active_occupancies(Matrix const& K, std::vector<unsigned> co
 }  // namespace
 
 void ModelUtil::get_detached_states(Model const& model, std::vector<double>& p) {
-  p.resize(model.n_states(), 0.0);
+  p.resize(std::max<std::size_t>(p.size(), model.n_states()), 0.0);
   std::vector<unsigned> detached;
   for (unsigned s = 0; s < model.n_states(); ++s) {
     if (!model.attached[s]) detached.push_back(s);
@@ -110,7 +111,8 @@ void ModelUtil::get_detached_states(Model const& model, std::vector<double>& p) 
 void ModelUtil::get_states(Model const& model, double x, std::vector<double>& p) {
   Matrix const K = rate_table(model, x);
   std::vector<unsigned> const active = active_states(K);
-  p.assign(model.n_states(), 0.0);
+  p.resize(std::max<std::size_t>(p.size(), model.n_states()), 0.0);
+  std::fill_n(p.begin(), model.n_states(), 0.0);
   if (active.empty()) return;
   std::vector<double> const q =
       active.size() == 1 ? std::vector<double>{1.0} : active_occupancies(K, active);

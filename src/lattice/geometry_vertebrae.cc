@@ -109,11 +109,11 @@ void GeometryVertebrae::get_parameters(dealii::ParameterHandler& handler) {
   }
   {
     ParameterSection const nebulin(handler, "nebulin", parameter_file);
-    nebulinDeficiency = nebulin.count("nebulinDeficiency");
+    nebulinDeficiency = static_cast<unsigned>(nebulin.integer("nebulinDeficiency"));
   }
   {
     ParameterSection const titin(handler, "titin", parameter_file);
-    titin_enabled = titin.count("titin_enabled");
+    titin_enabled = static_cast<unsigned>(titin.integer("titin_enabled"));
     titin_stiffness = titin.text("titin_stiffness");
     titin_length = titin.positive("titin_length");
   }
@@ -139,7 +139,10 @@ void GeometryVertebrae::get_myosin_parameters(dealii::ParameterHandler& handler)
   slow_percent = myosin.number("slowHeads_percent");
   fast_percent = myosin.number("fastHeads_percent");
   if (slow_percent + fast_percent != 100.0) {
-    stop_with_message("Error: sum of slow and fast myosin heads must be equal to 100 [%]");
+    stop_with_message("Error: sum of slow and fast myosin heads must be equal to 100 [%]",
+                      std::string(parameter_file) + ", section myosin: slowHeads_percent is '" +
+                          shown(slow_percent) + "' and fastHeads_percent '" + shown(fast_percent) +
+                          "'");
   }
   myosin.non_negative("slowHeads_percent");
   myosin.non_negative("fastHeads_percent");
@@ -165,7 +168,7 @@ void GeometryVertebrae::get_actin_parameters(dealii::ParameterHandler& handler) 
 
 void GeometryVertebrae::get_proteinC_parameters(dealii::ParameterHandler& handler) {
   ParameterSection const proteinC(handler, "protein-C", parameter_file);
-  proteinC_enabled = proteinC.count("proteinCIndicator");
+  proteinC_enabled = static_cast<unsigned>(proteinC.integer("proteinCIndicator"));
   proteinCStartPosition = proteinC.count("proteinCStartPosition");
   proteinCNumber = proteinC.count("proteinCNumber");
   unsigned const fitting = qualifying_crowns(n_myosin_nodes - 1, proteinCStartPosition);

@@ -16,7 +16,7 @@ class DirectSolver {
   ~DirectSolver();
 
   /// Factorises the matrix and overwrites the right-hand side with the solution. False when the
-  /// matrix is singular or the solution is not finite.
+  /// matrix is singular, or so nearly that the solution is not finite.
   bool solve(dealii::SparseMatrix<double> const& matrix, dealii::Vector<double>& rhs);
 
  private:

@@ -249,8 +249,9 @@ void Filament::InterpolateDisplacements() {
     for (std::size_t i = 1; i < nodes.size(); ++i) {
       unsigned const a = nodes[i - 1];
       unsigned const b = nodes[i];
+      if (b - a < 2) continue;
       double const slope = (u[b] - u[a]) / (b - a);
-      for (unsigned m = 1; m + a < b; ++m) u[a + m] = u[a] + m * slope;
+      for (unsigned m = 1; m < b - a; ++m) u[a + m] = u[a] + m * slope;
     }
   }
 }

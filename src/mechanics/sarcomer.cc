@@ -27,10 +27,18 @@ XB_Model* create_series_law(std::string const& name, std::string const& prefix) 
   return is_series_law(name) ? create_elastic_law(name, prefix) : nullptr;
 }
 
+std::string no_law(std::string const& key, std::string const& name) {
+  return "the lattice's parameter file: " + key + " is '" + name + "', which has no class here";
+}
+
 }  // namespace
 
 void VectorAdd(std::vector<int>& a, std::vector<int>& b) {
-  if (a.size() != b.size()) stop_with_message("Error: vectors addition!");
+  if (a.size() != b.size()) {
+    stop_with_message("Error: vectors addition!", "segment counts of " + std::to_string(a.size()) +
+                                                      " and " + std::to_string(b.size()) +
+                                                      " states can't be added");
+  }
   for (std::size_t i = 0; i < a.size(); ++i) a[i] += b[i];
 }
 
@@ -48,7 +56,9 @@ Sarcomer::Sarcomer(SarcomerParameter_s const& parameter, Geometry const& lattice
   std::fprintf(result_file.get(),
                "Time,Force,Displacement_last_myosin_node,Displacement_last_actin_node,"
                "CB_per_filament,CB_ProteinC_per_filement\n");
+  result_file.flush();
   std::fprintf(stiffness_file.get(), "Time,Stiffness\n");
+  stiffness_file.flush();
   create_laws();
   if (geometry->titin_enabled == 1) prestress();
 }
@@ -57,10 +67,15 @@ Sarcomer::~Sarcomer() = default;
 
 void Sarcomer::create_laws() {
   see_model = create_series_law(geometry->see_stiffness, "see_");
-  if (!see_model) stop_with_message("No See stiffness model? ");
+  if (!see_model) {
+    stop_with_message("No See stiffness model? ", no_law("see_stiffness", geometry->see_stiffness));
+  }
   if (geometry->titin_enabled != 1) return;
   titin_model = create_series_law(geometry->titin_stiffness, "titin_");
-  if (!titin_model) stop_with_message("No Titin stiffness model? ");
+  if (!titin_model) {
+    stop_with_message("No Titin stiffness model? ",
+                      no_law("titin_stiffness", geometry->titin_stiffness));
+  }
 }
 
 void Sarcomer::prestress() {
@@ -84,8 +99,8 @@ double Sarcomer::FindTitinForce() const {
       return titin_force;
     }
   }
-  stop("titin prestress: no extension of titin balances the thick filament (stiffness " +
-       std::to_string(K) + " pN/nm); titin must be softer than the thick filament");
+  stop("titin prestress: no extension of titin balances the thick filament (stiffness " + shown(K) +
+       " pN/nm); titin must be softer than the thick filament");
 }
 
 void Sarcomer::SetInitialPrescribedDisplacement(double wanted) {
@@ -101,14 +116,17 @@ void Sarcomer::SetInitialPrescribedDisplacement(double wanted) {
   for (; round < most_rounds; ++round) {
     double const mid = (lo + hi) * 0.5;
     double const found = force_at(mid);
-    if (std::abs(found - target) < 1e-10) {
+    // Large forces are not resolved to 1e-10: the bracket closes before.
+    bool const is_closed = mid == lo || mid == hi;
+    if (std::abs(found - target) < (is_closed ? 1e-10 * target : 1e-10)) {
       see_initial_displacement = mid;
       return;
     }
+    if (is_closed) break;
     (found < target ? lo : hi) = mid;
   }
-  stop("titin prestress: the series elastic element reaches the titin force of " +
-       std::to_string(wanted) + " pN at no extension");
+  stop("titin prestress: the series elastic element carries the titin force of " + shown(wanted) +
+       " pN at no extension");
 }
 
 bool Sarcomer::add_filament(Filament* filament) {

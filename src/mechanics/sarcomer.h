@@ -23,21 +23,12 @@
 
 #include "control/output_file.h"
 #include "mechanics/dealii_forward.h"
+#include "mechanics/sarcomer_parameter.h"
 
 class DirectSolver;
 class Filament;
 class Geometry;
 class XB_Model;
-
-/// Series count and the limits at which the iteration ends: root mean square and largest entry of
-/// the correction [nm] and of the out-of-balance force [pN].
-struct SarcomerParameter_s {
-  unsigned full_sarcomer = 0;  ///< sarcomeres in series; 0 for a single half-sarcomere
-  double dispSqLimit = 1.0e-6;
-  double dispCBLimit = 1.0e-6;
-  double forceSqLimit = 1.0e-6;
-  double forceCBLimit = 1.0e-6;
-};
 
 /// Adds `b` to `a` entry by entry; different lengths end the run.
 void VectorAdd(std::vector<int>& a, std::vector<int>& b);
@@ -132,6 +123,7 @@ class Sarcomer {
   struct System;
   struct Measures;
   enum class End { displacement, force };
+  struct Place;
 
   void create_laws();
   void prestress();
@@ -139,6 +131,8 @@ class Sarcomer {
   bool is_displacement_mode() const { return boundary_mode == 0 || boundary_mode == 2; }
   void create_boundary(System& system);
   void create_fibre_bnd(End end, Constraints& constraints, Vector* rhs, Values& values);
+  void join_thick_end(Place const& place, unsigned d, Constraints& constraints);
+  void join_actin_end(Place const& place, unsigned d, bool is_master, Constraints& constraints);
   unsigned number_dofs();
   void assemble(System& system);
   void solve_pass(System& system, DirectSolver& solver, Vector& du) const;
@@ -146,8 +140,10 @@ class Sarcomer {
   void log_pass(System const& system, Vector const& du, int pass) const;
   void log_measures(Measures const& measures) const;
   bool is_balanced(Measures const& measures) const;
-  [[noreturn]] void stop_without_convergence(double time, int pass, Measures const& measures) const;
-  void refuse_floating(System const& system, double time) const;
+  void write_stiffness(double time, System const& system, Vector const& correction);
+  [[noreturn]] void stop_without_convergence(Measures const& measures) const;
+  void refuse_floating(System const& system) const;
+  std::string at_step() const;
   std::string place_of(unsigned dof) const;
 
   /// Half-sarcomeres in series, 1 for a single one.

@@ -12,6 +12,10 @@
 
 namespace {
 
+/// Carries a displacement across a junction into the mirrored half-sarcomere, whose positive
+/// direction is the opposite one.
+constexpr double across_junction = -1.0;
+
 /// Ties the displacement of `a` to `factor` times that of `b`.
 void tie(Sarcomer::Constraints& constraints, unsigned a, unsigned b, double factor) {
   constraints.add_line(a);
@@ -76,6 +80,14 @@ void Sarcomer::create_fibre_bnd_force(Constraints& constraints, Vector& rhs, Val
   create_fibre_bnd(End::force, constraints, &rhs, values);
 }
 
+/// Where a filament stands in the series of its row. Even junctions join thick filaments, odd ones
+/// actin; entry p of `master_dofs` is the junction of places p and p + 1.
+struct Sarcomer::Place {
+  unsigned pos;
+  bool is_first_row;
+  bool is_mirrored;
+};
+
 void Sarcomer::create_fibre_bnd(End end, Constraints& constraints, Vector* rhs, Values& values) {
   unsigned const n_hs = series();
   if (filaments.size() % n_hs != 0) {
@@ -87,25 +99,16 @@ void Sarcomer::create_fibre_bnd(End end, Constraints& constraints, Vector* rhs, 
   for (unsigned i = 0; i < filaments.size(); ++i) {
     Filament const& filament = *filaments[i];
     unsigned const pos = i % n_hs;
-    bool const is_first_row = i / n_hs == 0;
     bool const is_mirrored = end == End::force ? pos % 2 == 1 : filament.direction == -1;
+    Place const place = {pos, i / n_hs == 0, is_mirrored};
     unsigned const first_actin = first_actin_fibre(filament);
-    // Even junctions join thick filaments, odd ones actin. The sign carries a displacement across a
-    // junction into the mirrored neighbour, whose positive direction is the opposite one.
     for (unsigned fibre = 0; fibre < filament.n_fibre(); ++fibre) {
       if (!filament.get_geometry()->is_actin(fibre)) {
-        unsigned const d = filament.get_bnd_dof(0, fibre);
-        if (is_mirrored) {
-          tie(constraints, d, master_dofs[pos - 1], -1.0);
-        } else if (is_first_row) {
-          master_dofs[pos] = d;
-        } else {
-          tie(constraints, d, master_dofs[pos], 1.0);
-        }
+        join_thick_end(place, filament.get_bnd_dof(0, fibre), constraints);
         continue;
       }
       unsigned const d = filament.get_bnd_dof(1, fibre);
-      bool const is_master = is_first_row && fibre == first_actin;
+      bool const is_master = place.is_first_row && fibre == first_actin;
       if (pos == 0 && end == End::displacement) {
         values[d] = boundary_value;
       } else if (pos == 0 && is_master) {
@@ -115,13 +118,30 @@ void Sarcomer::create_fibre_bnd(End end, Constraints& constraints, Vector* rhs, 
         tie(constraints, d, load_point, 1.0);
       } else if (pos == n_hs - 1) {
         values[d] = 0.0;
-      } else if (is_mirrored && is_master) {
-        master_dofs[pos] = d;
-      } else if (is_mirrored) {
-        tie(constraints, d, master_dofs[pos], 1.0);
       } else {
-        tie(constraints, d, master_dofs[pos - 1], -1.0);
+        join_actin_end(place, d, is_master, constraints);
       }
     }
+  }
+}
+
+void Sarcomer::join_thick_end(Place const& place, unsigned d, Constraints& constraints) {
+  if (place.is_mirrored) {
+    tie(constraints, d, master_dofs[place.pos - 1], across_junction);
+  } else if (place.is_first_row) {
+    master_dofs[place.pos] = d;
+  } else {
+    tie(constraints, d, master_dofs[place.pos], 1.0);
+  }
+}
+
+void Sarcomer::join_actin_end(Place const& place, unsigned d, bool is_master,
+                              Constraints& constraints) {
+  if (!place.is_mirrored) {
+    tie(constraints, d, master_dofs[place.pos - 1], across_junction);
+  } else if (is_master) {
+    master_dofs[place.pos] = d;
+  } else {
+    tie(constraints, d, master_dofs[place.pos], 1.0);
   }
 }

@@ -45,7 +45,7 @@ unsigned Sarcomer::n_attached() const {
 }
 
 void Sarcomer::CalculateResults(Vector const& du, Vector const& rhs) {
-  if (filaments.empty()) stop_with_message("Nemamo ni jedan filament!");
+  if (filaments.empty()) stop_with_message("Nemamo ni jedan filament!", "the lattice is empty");
   double F = 0.0;
   double Dm = 0.0;
   double Da = 0.0;
@@ -99,7 +99,10 @@ void Sarcomer::write_actin_force_listing(Vector const& rhs) const {
 int Sarcomer::create_output(double time) {
   FILE* const file = result_file.get();
   std::fprintf(file, "%13.11lf,", time);
-  if (filaments.empty()) return -1;
+  if (filaments.empty()) {
+    result_file.flush();
+    return -1;
+  }
   std::fprintf(file, "%13.5e,%13.5e,%13.5e,%13.5e,", -force, myosin_displacement,
                actin_displacement, cb_per_filament);
   if (filaments.front()->proteinC_enabled != 0) {

@@ -107,14 +107,16 @@ int Sarcomer::assemble_and_solve(double time, bool update) {
   system.matrix.reinit(system.pattern);
   system.load = system.rhs;
   if (!is_displacement_mode() && n_attached() == 0) {
-    stop_with_message("Prescribed Force : NO CROSSBRIDGES -> displacement = inf");
+    stop_with_message("Prescribed Force : NO CROSSBRIDGES -> displacement = inf",
+                      "no head is bound" + at_step() + "; begin with a row of length control");
   }
   assemble(system);
-  refuse_floating(system, time);
+  refuse_floating(system);
   system.condense_and_hold();
 
   DirectSolver solver;
   Vector du(system.n);
+  Vector unapplied(system.n);
   for (int pass = 1;; ++pass) {
     solve_pass(system, solver, du);
     if (update) {
@@ -129,13 +131,13 @@ int Sarcomer::assemble_and_solve(double time, bool update) {
     if (update) {
       CalculateResults(du, system.rhs);
     } else {
-      std::fprintf(stiffness_file.get(), "%e,", time);
-      create_stiffness_output(du, system.rhs);
+      unapplied += du;
+      write_stiffness(time, system, unapplied);
     }
     system.condense_and_hold();
     Measures const measures(du, system.rhs);
     log_measures(measures);
-    if (pass == most_passes) stop_without_convergence(time, pass, measures);
+    if (pass == most_passes) stop_without_convergence(measures);
     if (is_balanced(measures)) return 1;
   }
 }
@@ -169,15 +171,33 @@ void Sarcomer::create_boundary(System& system) {
 void Sarcomer::assemble(System& system) {
   for (auto const& filament : filaments) filament->create_matrix(system.matrix, system.rhs);
   see_create_matrix(system.matrix, system.rhs);
+  for (unsigned i = 0; i < system.n; ++i) {
+    if (std::isfinite(system.rhs[i])) continue;
+    stop("the force on " + place_of(i) + at_step() + " is " + shown(system.rhs[i]) +
+         ": an elastic law has no finite value there");
+  }
 }
 
 void Sarcomer::solve_pass(System& system, DirectSolver& solver, Vector& du) const {
   du = system.rhs;
   if (!solver.solve(system.matrix, du)) {
-    stop("singular system at time " + std::to_string(timeForAll) + ", step " +
-         std::to_string(t_timeStep) + ": the forces determine no displacements");
+    stop("singular system" + at_step() + ": the forces determine no displacements");
   }
   system.constraints.distribute(du);
+}
+
+/// What the lattice would answer to a correction that is not applied: displacements with it, and
+/// the out-of-balance forces that it leaves in the linearised system.
+void Sarcomer::write_stiffness(double time, System const& system, Vector const& correction) {
+  Vector displacement = correction;
+  for (auto const& filament : filaments) {
+    displacement[filament->get_bnd_dof(1, 1)] += filament->get_last_actin_displacement();
+  }
+  Vector reaction(system.n);
+  system.matrix.vmult(reaction, correction);
+  reaction.sadd(-1.0, system.rhs);
+  std::fprintf(stiffness_file.get(), "%e,", time);
+  create_stiffness_output(displacement, reaction);
 }
 
 /// The prescribed step has been taken: from now on its ends stay where they are.
@@ -195,12 +215,21 @@ bool Sarcomer::is_balanced(Measures const& m) const {
          m.max_du.value <= param->dispCBLimit && m.max_rhs.value <= param->forceCBLimit;
 }
 
-void Sarcomer::stop_without_convergence(double time, int pass, Measures const& m) const {
+void Sarcomer::stop_without_convergence(Measures const& m) const {
   std::printf("No Convergence!\n");
-  stop("no equilibrium after " + std::to_string(pass) + " passes at time " + std::to_string(time) +
-       ", step " + std::to_string(t_timeStep) + ": largest out-of-balance force " +
-       std::to_string(m.max_rhs.value) + " pN, largest correction " +
-       std::to_string(m.max_du.value) + " nm");
+  auto const against = [](char const* name, double value, char const* limit, double bound) {
+    return std::string(name) + shown(value) + " (" + limit + " " + shown(bound) + ")";
+  };
+  stop("no equilibrium after " + std::to_string(most_passes) + " passes" + at_step() +
+       against(": correction in nm: rms ", m.rms_du, "dispSqLimit", param->dispSqLimit) +
+       against(", largest ", m.max_du.value, "dispCBLimit", param->dispCBLimit) +
+       against("; out-of-balance force in pN: rms ", m.rms_rhs, "forceSqLimit",
+               param->forceSqLimit) +
+       against(", largest ", m.max_rhs.value, "forceCBLimit", param->forceCBLimit));
+}
+
+std::string Sarcomer::at_step() const {
+  return " at time " + shown(timeForAll) + ", step " + std::to_string(t_timeStep);
 }
 
 void Sarcomer::log_pass(System const& system, Vector const& du, int pass) const {
@@ -226,7 +255,7 @@ void Sarcomer::log_measures(Measures const& m) const {
 
 /// A part that no stiffness or constraint joins to a held end has no determined place, and a
 /// factorisation may hide that behind rounding.
-void Sarcomer::refuse_floating(System const& system, double time) const {
+void Sarcomer::refuse_floating(System const& system) const {
   Connections connections(system.n + 1);
   unsigned const ground = system.n;
   for (auto const& value : system.values) {
@@ -242,9 +271,9 @@ void Sarcomer::refuse_floating(System const& system, double time) const {
   }
   for (unsigned i = 0; i < system.n; ++i) {
     if (connections.root(i) == connections.root(ground)) continue;
-    stop("singular system at time " + std::to_string(time) + ", step " +
-         std::to_string(t_timeStep) + ": " + place_of(i) +
-         " is joined to no held end by bonds, titin or the series elastic element");
+    stop(
+        "singular system" + at_step() + ": " + place_of(i) +
+        " is joined to no held end by bonds, titin or the series elastic element with a stiffness");
   }
 }
 

@@ -1,0 +1,41 @@
+"""Runs of the program in fresh directories, for the scripts of this folder."""
+
+import shutil
+import subprocess
+import tempfile
+from collections.abc import Iterator
+from contextlib import contextmanager
+from pathlib import Path
+
+CASES = Path(__file__).resolve().parent
+ROOT = CASES.parents[1]
+DEFAULT_PROGRAM = ROOT / "build" / "release" / "tavelo"
+
+
+@contextmanager
+def fresh_directory(base: str) -> Iterator[Path]:
+    """A new directory with the input of an example folder such as "examples/isometric"."""
+    with tempfile.TemporaryDirectory(prefix="tavelo-run-") as name:
+        directory = Path(name)
+        lay_over(ROOT / base, directory)
+        yield directory
+
+
+def lay_over(source: Path, directory: Path) -> None:
+    """Copies the files of a folder, but not its README and its pictures."""
+    for file in source.iterdir():
+        if file.is_file() and file.name != "README.md" and file.suffix != ".png":
+            shutil.copy(file, directory)
+
+
+def run(program: Path, directory: Path) -> subprocess.CompletedProcess[str]:
+    """Runs the program to its end."""
+    return subprocess.run(
+        [str(program.resolve())],
+        cwd=directory,
+        stdin=subprocess.DEVNULL,
+        capture_output=True,
+        text=True,
+        errors="replace",
+        check=False,
+    )
