@@ -7,6 +7,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <regex>
 #include <sstream>
 
 #include "control/diagnostics.h"
@@ -37,22 +38,27 @@ std::string declared_keys(dealii::ParameterHandler const& handler) {
   return keys;
 }
 
-/// What the handler says of the line that it refuses, without its stack trace and full stop.
-std::string reason(dealii::ExceptionBase const& exception) {
-  std::ostringstream text;
-  exception.print_info(text);
-  std::string const line = single_line(text.str());
-  return line.substr(0, line.find_last_not_of(". ") + 1);
-}
+/// A line that the handler refuses.
+struct BadLine {
+  std::string where;   ///< file, and line where the handler knows it
+  std::string reason;  ///< without stack trace and full stop
+  std::string line;    ///< the line itself, as " in '...'"
+};
 
-/// The line that a message of the handler names by "Line <n>", to show its value.
-std::string named_line(std::string const& message, std::string const& text) {
-  std::size_t const place = message.find("Line <");
-  if (place == std::string::npos) return "";
+BadLine find_bad_line(dealii::ExceptionBase const& exception, std::string const& file_name,
+                      std::string const& text) {
+  std::ostringstream info;
+  exception.print_info(info);
+  std::string const message = single_line(info.str());
+  BadLine bad = {file_name, message.substr(0, message.find_last_not_of(". ") + 1), ""};
+  std::smatch parts;
+  if (!std::regex_match(bad.reason, parts, std::regex("Line <(\\d+)> of file <[^:>]*>?: (.*)"))) {
+    return bad;
+  }
   std::istringstream lines(text);
   std::string line;
-  for (int n = std::atoi(message.c_str() + place + 6); n > 0; --n) std::getline(lines, line);
-  return " in '" + line + "'";
+  for (int n = std::stoi(parts[1]); n > 0; --n) std::getline(lines, line);
+  return {file_name + ", line " + parts[1].str(), parts[2], " in '" + line + "'"};
 }
 
 void write_defaults(dealii::ParameterHandler const& handler, std::string const& file_name) {
@@ -106,10 +112,11 @@ void read_parameter_file(dealii::ParameterHandler& handler, std::string const& f
   try {
     handler.parse_input(stream, file_name);
   } catch (dealii::ParameterHandler::ExcInvalidEntryForPattern const& exception) {
-    stop(reason(exception));
+    BadLine const bad = find_bad_line(exception, file_name, text);
+    stop(bad.where + ": " + bad.reason);
   } catch (dealii::ExceptionBase const& exception) {
-    std::string const message = reason(exception);
-    stop(message + named_line(message, text) + "; accepted keys: " + declared_keys(handler));
+    BadLine const bad = find_bad_line(exception, file_name, text);
+    stop(bad.where + ": " + bad.reason + bad.line + "; accepted keys: " + declared_keys(handler));
   } catch (std::exception const& exception) {
     stop(file_name + ": " + exception.what());
   }

@@ -1,0 +1,102 @@
+#include "support/small_lattice.h"
+
+#include <deal.II/lac/dynamic_sparsity_pattern.h>
+#include <unistd.h>
+
+#include "control/run_state.h"
+#include "lattice/geometry_vertebrae.h"
+#include "support/work_dir.h"
+
+namespace {
+
+char const* const geometry_text = R"(
+subsection myosin
+  set myosin_offset = 20
+  set myosin_crowns = 6
+  set dx_myosin = 10
+  set e_mysoin = 300
+  set a_mysoin = 10
+  set slowHeads_percent = 100
+  set fastHeads_percent = 0
+end
+subsection actin
+  set dx_actin = 5
+  set length_actin = 100
+  set e_actin1 = 200
+  set a_actin1 = 10
+  set e_actin2 = 260
+  set a_actin2 = 10
+end
+subsection titin
+  set titin_length = 10
+end
+subsection protein-C
+  set proteinCStartPosition = 0
+  set proteinCNumber = 1
+end
+)";
+
+std::string stiffness(double k) { return "k = " + std::to_string(k); }
+
+}  // namespace
+
+StrokeModel::StrokeModel(XB_Model* law, double stroke_of_2)
+    : Model({law, ""}, 3), stroke(stroke_of_2) {
+  attached[1] = attached[2] = true;
+}
+
+SmallLattice::SmallLattice(LatticeSettings const& wanted) : settings(wanted) {
+  currentTimeStep = step;
+  write_file("geom_vertebrae.prm", geometry_text);
+  write_parameters("see_ConstantStiffness.prm", "ConstantStiffness",
+                   {stiffness(wanted.see_stiffness)});
+  write_parameters("titin_ConstantStiffness.prm", "ConstantStiffness",
+                   {stiffness(wanted.titin_stiffness)});
+  geometry = std::make_unique<GeometryVertebrae>(GeometryParameter_s{});
+  geometry->see_damping_factor = wanted.see_damping;
+  geometry->titin_enabled = wanted.titin_stiffness > 0.0 ? 1 : 0;
+  geometry->proteinC_enabled = wanted.protein_c ? 1 : 0;
+  stepper = std::make_unique<FixedTimeStepMC>(slow, fast, step, &protein_c);
+  parameter.full_sarcomer = wanted.full_sarcomer;
+  sarcomer = std::make_unique<Sarcomer>(parameter, *geometry);
+  for (unsigned i = 0; i < wanted.filaments; ++i) {
+    int const direction = wanted.full_sarcomer > 0 && i % 2 == 1 ? -1 : 1;
+    sarcomer->add_filament(
+        new Filament(*geometry, slow, fast, *stepper, direction, sarcomer->titin_model));
+  }
+}
+
+MyosinHead_s& SmallLattice::bind(unsigned f, unsigned index, unsigned fibre, unsigned site,
+                                 unsigned state, unsigned model) {
+  FilamentData& data = filament(f).data;
+  MyosinHead_s& head = data.heads[index];
+  head.actin_fibre = fibre;
+  head.actin_site = site;
+  head.state = state;
+  head.model_index = model;
+  stepper->attach(data, head);
+  data.attached.push_back(&head);
+  return head;
+}
+
+void SmallLattice::solve(unsigned mode, double value) {
+  sarcomer->set_boundary_mode(mode, value);
+  sarcomer->assemble_and_solve(timeForAll, true);
+}
+
+unsigned SmallLattice::number() {
+  unsigned offset = 0;
+  for (auto const& filament : sarcomer->filaments) {
+    filament->prepare_nodes();
+    filament->set_offset(offset);
+    offset += filament->n_dofs();
+  }
+  dealii::DynamicSparsityPattern pattern(offset + 1, offset + 1);
+  for (auto const& filament : sarcomer->filaments) filament->create_sparsity(pattern);
+  sarcomer->see_create_sparsity(pattern, offset + 1);
+  return offset + 1;
+}
+
+unsigned assemblies() { return static_cast<unsigned>(read_lines("SEE_velocity.csv").size()); }
+
+void join_output_streams() { dup2(STDERR_FILENO, STDOUT_FILENO); }

@@ -1,0 +1,84 @@
+// Would catch: a threshold strain with a wrong sign, an overlap that counts too few or too many
+// sites or begins too early, a rescaling that makes NaN or never ends.
+
+#include "kinetics/rate_tools.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "elastic/XB_Models.h"
+
+namespace {
+
+double gaussian(double x, double width) { return 50.0 * std::exp(-0.5 * x * x / (width * width)); }
+
+/// Part of a Gaussian of this width that lies above x.
+double above(double x, double width) { return 0.5 * std::erfc(x / width / std::sqrt(2.0)); }
+
+double factor_of_gaussian(double width, double kd) {
+  return binding_overlap_factor([width](double x) { return gaussian(x, width); }, kd, "model");
+}
+
+TEST(ThresholdStrain, IsWhereTheBalancedReverseStrokeMeetsItsCap) {
+  XB_ConstantStiffness spring("");
+  spring.k = 1.25;
+  struct {
+    double D, k_12, cap, dGStroke;
+  } const cases[] = {
+      {11.0, 1000.0, 1500.0, -62.1}, {8.0, 900.0, 30.0, -41.0}, {-6.0, 200.0, 300.0, -20.0}};
+  double const kBT = 4.14;
+  for (auto const& c : cases) {
+    double const x = threshold_strain(spring, c.D, kBT, c.k_12, c.cap, c.dGStroke);
+    // The work of the stroke, k D (x + D / 2), is linear in x: no error from the table.
+    double const gain = -(c.dGStroke + 1.25 * c.D * (x + 0.5 * c.D));
+    EXPECT_NEAR(c.k_12 / std::exp(gain / kBT) / c.cap, 1.0, 1e-10);
+  }
+}
+
+TEST(BindingOverlap, IsOneForASingleSiteInReach) {
+  // The bound fraction is 2.5066 widths of a Gaussian wide on each side: 2.51 and 2.73 nm.
+  EXPECT_EQ(factor_of_gaussian(1.0, 1e7), 1.0);
+  EXPECT_EQ(factor_of_gaussian(1.09, 1e7), 1.0);
+}
+
+TEST(BindingOverlap, CountsTheFluxOverAllSitesInReach) {
+  struct {
+    double width, kd, half_width;
+  } const cases[] = {{1.15, 1e7, 2.8826},
+                     {2.0, 1e7, 5.0133},
+                     {5.0, 1e7, 12.533},
+                     {1.0, 1e-12, 14.1}};  // the last: saturated in its whole reach of 7 nm
+  for (auto const& c : cases) {
+    // The m-th neighbours on both sides take part beyond 5.5 m - half width.
+    double const own = above(-c.half_width, c.width) - above(c.half_width, c.width);
+    double others = 0.0;
+    for (double edge = 5.5 - c.half_width; edge < c.half_width; edge += 5.5) {
+      others += 2.0 * (above(edge, c.width) - above(c.half_width, c.width));
+    }
+    double const factor = factor_of_gaussian(c.width, c.kd);
+    EXPECT_GT(factor, 1.0);
+    EXPECT_NEAR(factor, 1.0 + others / own, 0.012 * factor);  // sums of 0.1 nm steps
+  }
+  // By hand: 49 strains, -2.4 to 2.4, bind; a neighbour counts where a step ends beyond 5.5 - 4.9,
+  // the 19 from 0.6 on (sums of 0.1 put the end of the one at 0.5 just below the edge).
+  auto const box = [](double x) { return std::abs(x) < 2.45 ? 10.0 : 0.0; };
+  EXPECT_NEAR(binding_overlap_factor(box, 1e-30, "model"), 1.0 + 2.0 * 19.0 / 49.0, 1e-12);
+}
+
+TEST(BindingOverlap, WarnsWhereNothingBindsAtZero) {
+  testing::internal::CaptureStderr();
+  auto const beside_zero = [](double x) { return x > 1.0 && x < 9.0 ? 20.0 : 0.0; };
+  EXPECT_EQ(binding_overlap_factor(beside_zero, 0.1, "model.prm"), 1.0);
+  EXPECT_EQ(binding_overlap_factor([](double) { return 0.0; }, 0.0, "model.prm"), 1.0);
+  std::string const message = testing::internal::GetCapturedStderr();
+  EXPECT_EQ(message.find("tavelo: warning: model.prm"), 0u);
+  EXPECT_NE(message.rfind("tavelo: warning: model.prm"), 0u);
+}
+
+TEST(BindingOverlap, RefusesARateThatNeverFallsOff) {
+  EXPECT_EXIT(binding_overlap_factor([](double) { return 20.0; }, 0.1, "model.prm"),
+              testing::ExitedWithCode(1), "model.prm.*never falls off");
+}
+
+}  // namespace

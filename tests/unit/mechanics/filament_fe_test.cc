@@ -1,0 +1,141 @@
+// Would catch: dofs at the wrong nodes or in the wrong order, a bond of another fibre in the mesh,
+// a stiffness or force with the wrong length, sign or offset, a correction that is not added.
+
+#include <deal.II/lac/dynamic_sparsity_pattern.h>
+#include <deal.II/lac/sparse_matrix.h>
+#include <deal.II/lac/vector.h>
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "mechanics/filament_data.h"
+#include "mechanics/filament_fe.h"
+
+namespace {
+
+/// Nodes at 0, 20, 30 .. 70 nm; heads of fibre 0 and bonds of the actin fibres on them.
+struct Chain {
+  Chain() {
+    for (unsigned i = 1; i < x.size(); ++i) x[i] = 10.0 + 10.0 * i;
+  }
+  void head(unsigned node, unsigned actin_fibre, unsigned site) {
+    heads.push_back({node, 0, 1, site, actin_fibre, 0, 0, 0});
+    attached.clear();
+    for (MyosinHead_s& each : heads) attached.push_back(&each);
+  }
+
+  std::valarray<double> x = std::valarray<double>(0.0, 7);
+  std::valarray<double> u = std::valarray<double>(0.0, 7);
+  std::vector<MyosinHead_s> heads;
+  std::vector<MyosinHead_s*> attached;
+  FilamentFEM fem{attached, x, u, 50.0, 12.0};
+};
+
+/// A matrix on the chain's own pattern, `size` by `size`.
+struct System {
+  System(FilamentFEM& chain, unsigned size, unsigned offset) : dynamic(size, size) {
+    chain.create_sparsity(dynamic, offset);
+    pattern.copy_from(dynamic);
+    matrix.reinit(pattern);
+  }
+  dealii::DynamicSparsityPattern dynamic;
+  dealii::SparsityPattern pattern;
+  dealii::SparseMatrix<double> matrix;
+};
+
+TEST(FilamentFEM, MeshFollowsTheBondsOfItsOwnFibre) {
+  Chain chain;
+  chain.fem.prepare_nodes(0);
+  EXPECT_EQ(chain.fem.n_dofs(), 2u);
+  EXPECT_EQ(chain.fem.get_local_dof(6), 1u);
+  chain.head(4, 2, 5);
+  chain.head(0, 1, 3);  // at the ends: nothing new
+  chain.head(6, 2, 2);
+  chain.head(4, 1, 6);  // a node that has a bond already
+  chain.fem.prepare_nodes(0);
+  EXPECT_EQ(chain.fem.n_dofs(), 3u);
+  chain.fem.prepare_nodes(1);
+  EXPECT_EQ(chain.fem.n_dofs(), 3u);
+  EXPECT_EQ(chain.fem.get_local_dof(3), 1u);
+  chain.fem.prepare_nodes(2);
+  ASSERT_EQ(chain.fem.n_dofs(), 4u);
+  EXPECT_EQ(chain.fem.get_local_dof(0), 0u);
+  EXPECT_EQ(chain.fem.get_local_dof(2), 1u);  // though bound after node 5
+  EXPECT_EQ(chain.fem.get_local_dof(5), 2u);
+  EXPECT_EQ(chain.fem.get_local_dof(6), 3u);
+  EXPECT_EQ(chain.fem.get_local_dof(3), 0u);  // no degree of freedom of its own
+  chain.fem.prepare_nodes(3);
+  EXPECT_EQ(chain.fem.n_dofs(), 2u);
+}
+
+// Two springs in series, of 30 and 40 nm and EA = 600 pN, drawn at the far end with 3 pN.
+TEST(FilamentFEM, TwoSpringsInSeries) {
+  Chain chain;
+  chain.head(2, 1, 0);
+  chain.fem.prepare_nodes(0);
+  unsigned const offset = 3;
+  System system(chain.fem, 7, offset);
+  EXPECT_EQ(chain.fem.get_bnd_dof(0), 3u);
+  EXPECT_EQ(chain.fem.get_bnd_dof(1), 5u);
+  EXPECT_EQ(system.dynamic.n_nonzero_elements(), 7u);
+  EXPECT_FALSE(system.dynamic.exists(3, 5));
+
+  double const F = 3.0;
+  dealii::Vector<double> drawn(7);
+  drawn[4] = F * 30.0 / 600.0;
+  drawn[5] = drawn[4] + F * 40.0 / 600.0;
+  dealii::Vector<double> forces(7);
+  chain.fem.create_matrix(system.matrix, offset);
+  system.matrix.vmult(forces, drawn);
+  double const expected[] = {0, 0, 0, -F, 0, F, 0};
+  for (unsigned i = 0; i < 7; ++i) EXPECT_NEAR(forces[i], expected[i], 1e-12) << i;
+
+  // What the chain then exerts on its nodes is the opposite of what draws it.
+  chain.u = 1.0;
+  chain.fem.interpolate_displacement(drawn, offset);
+  EXPECT_DOUBLE_EQ(chain.u[0], 1.0);
+  EXPECT_DOUBLE_EQ(chain.u[2], 1.15);
+  EXPECT_DOUBLE_EQ(chain.u[6], 1.35);
+  EXPECT_EQ(chain.u[1], 1.0);  // not its business
+  dealii::Vector<double> rhs(7);
+  rhs = 10.0;
+  chain.fem.create_rhs(rhs, offset);
+  for (unsigned i = 0; i < 7; ++i) EXPECT_NEAR(rhs[i], 10.0 - expected[i], 1e-12) << i;
+}
+
+TEST(FilamentFEM, NegativeLengthIsReported) {
+  Chain chain;
+  chain.head(3, 1, 0);
+  chain.fem.prepare_nodes(0);
+  System system(chain.fem, 3, 0);
+  chain.x[3] = 80.0;  // beyond the end, after the numbering
+  testing::internal::CaptureStdout();
+  chain.fem.create_matrix(system.matrix, 0);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "Negative Element length\n");
+  EXPECT_DOUBLE_EQ(system.matrix(1, 2), 60.0);  // -EA / L with L = -10
+}
+
+TEST(FilamentFEM, SpringPassesOverZeroAndMissingPlaces) {
+  Chain chain;
+  System empty(chain.fem, 3, 1);
+  EXPECT_EQ(empty.dynamic.n_nonzero_elements(), 0u);  // no mesh, nothing added
+  chain.fem.prepare_nodes(0);
+  System system(chain.fem, 3, 1);
+  add_spring(system.matrix, 1, 2, 0.0);
+  EXPECT_EQ(system.matrix.frobenius_norm(), 0.0);
+  add_spring(system.matrix, 0, 2, 7.0);
+  EXPECT_EQ(system.matrix(2, 2), 7.0);
+  EXPECT_EQ(system.matrix.el(2, 0), 0.0);
+  EXPECT_EQ(system.matrix(2, 1), 0.0);
+}
+
+TEST(FilamentFEM, WritesNodesInOrder) {
+  std::vector<MyosinHead_s*> const none;
+  std::valarray<double> const x = {0.0, 2.5, 5.0};
+  std::valarray<double> u = {0.25, -0.5, 1.0};
+  std::ostringstream out;
+  fa_write_displacement(FilamentFEM(none, x, u, 1.0, 1.0), out, 0);
+  EXPECT_EQ(out.str(), "0 0.25\n2.5 -0.5\n5 1\n\n");
+}
+
+}  // namespace

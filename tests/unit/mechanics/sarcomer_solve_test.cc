@@ -1,0 +1,249 @@
+// Would catch: springs in series that add up wrongly, a force or a damper counted for the wrong
+// number of filaments, a wrong sign across a junction, a wrong number of passes at a limit, an
+// unstable system that is solved all the same.
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <sstream>
+#include <utility>
+
+#include "control/logger.h"
+#include "control/run_state.h"
+#include "support/small_lattice.h"
+#include "support/work_dir.h"
+
+namespace {
+
+using testing::ExitedWithCode;
+
+/// Compliance of the bond from node `thick` to `site` of fibre 1, with what chains lie behind it.
+double compliance(double thick_x, double site_x, double k) {
+  return thick_x / SmallLattice::EA[0] + 1.0 / k + (95.0 - site_x) / SmallLattice::EA[1];
+}
+
+/// Two filaments with the same bond: from 30 nm to 25 nm, after a stroke of 4 nm.
+struct OneBond : SmallLattice {
+  explicit OneBond(LatticeSettings s = {}) : SmallLattice((s.filaments = 2, s)) {
+    for (unsigned f = 0; f < 2; ++f) bind(f, 3, 1, 5, 2);
+  }
+  double const see = 30.0;
+  double const chain = compliance(30.0, 25.0, bond_k[0]);
+  double const start = -5.0 + strokes[0];  ///< strain without displacements
+};
+
+TEST(Solve, OneBondUnderLengthAndUnderForce) {
+  OneBond lattice;
+  Sarcomer const& sarcomer = *lattice.sarcomer;
+  double const D = 3.0;
+  lattice.solve(0, D);
+  double F = (D + lattice.start) / (lattice.chain + 1.0 / lattice.see);
+  EXPECT_NEAR(sarcomer.force, -F, 1e-9);  // per filament
+  EXPECT_NEAR(sarcomer.get_last_actin_displacement(), D - F / lattice.see, 1e-9);
+  EXPECT_NEAR(lattice.filament(1).data.u[0][6], F * 30.0 / SmallLattice::EA[0], 1e-9);
+  EXPECT_NEAR(lattice.filament(1).bond_force(0), F, 1e-9);
+  EXPECT_EQ(sarcomer.boundary_value, 0.0);
+
+  F = 6.0;
+  lattice.solve(1, 2.0 * F);
+  double const actin_end = F * lattice.chain - lattice.start;
+  EXPECT_NEAR(sarcomer.get_last_actin_displacement(), actin_end, 1e-9);
+  EXPECT_NEAR(sarcomer.see_displacement, actin_end + F / lattice.see, 1e-9);
+  EXPECT_NEAR(sarcomer.force, -F, 1e-9);
+  EXPECT_EQ(sarcomer.boundary_value, 2.0 * F);
+}
+
+// c / dt = 4: in its first step the element is as stiff as 34, in an endless series of steps as 30.
+TEST(Solve, DamperActsAgainstTheChangeOfOneStep) {
+  LatticeSettings settings;
+  settings.see_damping = 4.0 * SmallLattice::step;
+  OneBond lattice(settings);
+  double extension = 0.0;
+  for (int step = 0; step < 3; ++step) {
+    lattice.solve(1, 12.0);
+    extension = (6.0 + 4.0 * extension) / 34.0;
+    Sarcomer const& sarcomer = *lattice.sarcomer;
+    EXPECT_NEAR(sarcomer.see_displacement - sarcomer.get_last_actin_displacement(), extension,
+                1e-9);
+  }
+}
+
+// The point between two mirrored half-sarcomeres gives way until both carry the same.
+TEST(Solve, HalfSarcomeresInSeriesCarryTheSameForce) {
+  LatticeSettings settings;
+  settings.filaments = 2;
+  settings.full_sarcomer = 1;
+  SmallLattice lattice(settings);
+  lattice.bind(0, 3, 1, 5, 2);      // 30 to 25 nm, slow
+  lattice.bind(1, 9, 1, 11, 1, 1);  // 50 to 55 nm, fast
+  double const soft = compliance(30.0, 25.0, SmallLattice::bond_k[0]);
+  double const stiff = compliance(50.0, 55.0, SmallLattice::bond_k[1]);
+  double const start = -5.0 + SmallLattice::strokes[0] + 5.0;  // strains together
+  for (double const D : {2.0, -1.0}) {
+    lattice.solve(2, D);
+    double const F = (start + D) / (soft + stiff);
+    EXPECT_NEAR(lattice.sarcomer->force, -F, 1e-9);
+    EXPECT_NEAR(lattice.filament(0).bond_force(0), F, 1e-9);
+    EXPECT_NEAR(lattice.filament(1).bond_force(0), F, 1e-9);
+    double const junction = 5.0 - F * stiff;  // in the mirrored half; its actin end is held
+    EXPECT_NEAR(lattice.filament(1).data.u[0][0], junction, 1e-9);
+    EXPECT_NEAR(lattice.filament(0).data.u[0][0], -junction, 1e-9);
+  }
+  lattice.solve(3, 7.0);
+  EXPECT_NEAR(lattice.filament(0).data.u[1][19], 7.0 * (soft + stiff) - start, 1e-9);
+  EXPECT_NEAR(lattice.sarcomer->force, -7.0, 1e-9);
+}
+
+TEST(Solve, PrescribedStepNeedsASecondPassAndEveryPassLogs) {
+  if (Logger::convergence_data) std::fclose(std::exchange(Logger::convergence_data, nullptr));
+  OneBond lattice;
+  timeForAll = 0.25;
+  lattice.solve(0, 3.0);
+  EXPECT_EQ(assemblies(), 3u);  // one before the first pass, one in each
+  lattice.parameter.dispCBLimit = lattice.parameter.dispSqLimit = 100.0;
+  lattice.solve(0, 2.0);
+  EXPECT_EQ(assemblies(), 5u);
+  auto const lines = read_lines("convergence_data.csv");
+  ASSERT_EQ(lines.size(), 3u);
+  std::vector<double> fields;
+  std::stringstream line(lines[0]);
+  for (std::string field; std::getline(line, field, ',');) fields.push_back(std::stod(field));
+  double const F = (3.0 + lattice.start) / (lattice.chain + 1.0 / lattice.see);
+  double const end = 3.0 - F / lattice.see;
+  // Time, pass, outer end, force on the middle of all and of the first thick filament; the actin
+  // end carries the tension of its neighbour, too; corrections; largest force, largest correction.
+  double const expected[] = {0.25, 1, 3, 2 * F, F, F, -2 * F, 0, end, 3, 0, 0, 3, 0, end};
+  ASSERT_EQ(fields.size(), 15u);
+  for (unsigned i = 0; i < 15; ++i) {
+    if (i == 11 || i == 13) continue;  // places of the largest
+    EXPECT_NEAR(fields[i], expected[i], 1e-6) << i;
+  }
+  EXPECT_EQ(fields[13], lattice.sarcomer->see_dof);
+}
+
+/// The element tells a stiffness that is too high: under the force P it takes the way there in
+/// parts, and after pass n the force P r^n is left at its two ends; pass n + 1 corrects for it.
+struct Slow : OneBond {
+  Slow() {
+    parameter = {0, 1e9, 1e9, 1e9, 1e9};
+    sarcomer->see_model = &spring;
+  }
+  unsigned passes() {
+    solve(1, P);
+    return assemblies() - 1;
+  }
+  static constexpr double r = 0.9;
+  static constexpr double P = 50.0;
+  static constexpr double n_dofs = 2 * 8 + 1;
+  double const told = 30.0 / (1.0 - r);
+  TestSpring spring{30.0, told};
+};
+
+TEST(Solve, EachOfTheFourLimitsMustHold) {
+  double SarcomerParameter_s::*const limits[] = {
+      &SarcomerParameter_s::dispSqLimit, &SarcomerParameter_s::dispCBLimit,
+      &SarcomerParameter_s::forceSqLimit, &SarcomerParameter_s::forceCBLimit};
+  double const force = Slow::P * std::pow(Slow::r, 4.5);  // between passes 4 and 5
+  double const correction = force / Slow::r / (2.0 * Slow().told);
+  double const values[] = {correction / std::sqrt(Slow::n_dofs), correction,
+                           force * std::sqrt(2.0 / Slow::n_dofs), force};
+  for (unsigned i = 0; i < 4; ++i) {
+    std::filesystem::remove("SEE_velocity.csv");
+    Slow lattice;
+    lattice.parameter.*limits[i] = values[i];
+    EXPECT_EQ(lattice.passes(), 5u) << i;
+  }
+  std::filesystem::remove("SEE_velocity.csv");
+  EXPECT_EQ(Slow().passes(), 1u);
+}
+
+TEST(Solve, LastPassThatMaySucceedIsThe99th) {
+  Slow lattice;
+  lattice.parameter.forceCBLimit = Slow::P * std::pow(Slow::r, 98.5);
+  EXPECT_EQ(lattice.passes(), 99u);
+  auto const hundred = [] {
+    join_output_streams();
+    Slow slower;
+    slower.parameter.forceCBLimit = Slow::P * std::pow(Slow::r, 99.5);
+    slower.solve(1, Slow::P);
+  };
+  EXPECT_EXIT(hundred(), ExitedWithCode(1), "No Convergence!\n");
+}
+
+// Nothing moves; what is written is the force lost at the middle over the way of the actin end,
+// whatever element the length is prescribed through.
+TEST(Solve, ProbeOfStiffnessAppliesNothing) {
+  OneBond lattice;
+  lattice.solve(0, 2.0);
+  Sarcomer& sarcomer = *lattice.sarcomer;
+  auto const results = [&] {
+    auto const& u = lattice.filament(1).data.u;
+    return std::vector<double>{sarcomer.force,
+                               sarcomer.actin_displacement,
+                               sarcomer.myosin_displacement,
+                               sarcomer.see_displacement,
+                               u[1][5],
+                               u[0][2]};
+  };
+  auto const before = results();
+  sarcomer.set_boundary_mode(0, 3.0);
+  EXPECT_EQ(sarcomer.assemble_and_solve(0.25, false), 1);
+  EXPECT_EQ(results(), before);
+  auto const lines = read_lines("stiffness.csv");
+  ASSERT_GT(lines.size(), 1u);
+  for (std::size_t i = 1; i < lines.size(); ++i) {
+    EXPECT_EQ(lines[i].substr(0, 13), "2.500000e-01,");
+    EXPECT_NEAR(std::stod(lines[i].substr(13)), -1.0 / lattice.chain, 1e-6);
+  }
+}
+
+TEST(Solve, ForceNeedsABondThatHolds) {
+  SmallLattice lattice;
+  auto const pull = [&lattice] {
+    join_output_streams();
+    lattice.solve(1, 1.0);
+  };
+  std::string const message = "Prescribed Force : NO CROSSBRIDGES -> displacement = inf\n";
+  EXPECT_EXIT(pull(), ExitedWithCode(1), message);
+  lattice.bind(0, 3, 1, 5).detach_pending = 1;
+  EXPECT_EXIT(pull(), ExitedWithCode(1), message);
+  lattice.solve(0, 2.0);  // a length is no trouble
+  EXPECT_NEAR(lattice.sarcomer->get_last_actin_displacement(), 2.0, 1e-9);
+  EXPECT_NEAR(lattice.sarcomer->force, 0.0, 1e-9);
+}
+
+TEST(Solve, WithoutAFilamentNothingHappens) {
+  LatticeSettings settings;
+  settings.filaments = 0;
+  SmallLattice lattice(settings);
+  lattice.sarcomer->set_boundary_mode(1, 1.0);
+  EXPECT_EQ(lattice.sarcomer->assemble_and_solve(0.0, true), -1);
+  EXPECT_EQ(assemblies(), 0u);
+}
+
+// Pairs that share a point and have no bond in any row: thick filaments, then thin ones.
+TEST(Solve, FreePairInSeriesIsRefusedByName) {
+  LatticeSettings settings;
+  settings.filaments = 8;
+  settings.full_sarcomer = 2;
+  auto const solve = [&settings](std::vector<unsigned> const& bound, unsigned mode) {
+    SmallLattice lattice(settings);
+    for (unsigned f : bound) lattice.bind(f, 3, 1, 5);
+    timeForAll = 0.5;
+    t_timeStep = 7;
+    lattice.solve(mode, 1.0);
+    return lattice.sarcomer->force;
+  };
+  // A loaded end is not held: with a gap, all on its side is free.
+  EXPECT_EXIT(solve({0, 1, 4}, 3), ExitedWithCode(1), "half-sarcomere 1 of row 1");
+  std::string const start = "time 0.5.*, step 7: ";
+  EXPECT_EXIT(solve({0, 1, 4}, 2), ExitedWithCode(1),
+              start + "the thick filament of half-sarcomere 3 of row 1");
+  EXPECT_EXIT(solve({0, 3, 7}, 2), ExitedWithCode(1),
+              start + "a thin filament of half-sarcomere 2 of row 1");
+  EXPECT_TRUE(std::isfinite(solve({0, 3, 5}, 2)));  // a bond in the second row holds the pair
+  settings.titin_stiffness = 0.5;
+  EXPECT_TRUE(std::isfinite(solve({}, 2)));  // and so does titin
+}
+
+}  // namespace
