@@ -69,6 +69,13 @@ void Filament::set_offset(unsigned first_dof) {
   offset = first_dof;
   fibre_offsets.clear();
   do_for_all(fa_assign_offset, fibre_offsets, offset);
+  bond_dofs.clear();
+  for (MyosinHead_s const* head : data.attached) {
+    auto const dof = [this](unsigned fibre, unsigned node) {
+      return fibre_offsets[fibre] + chains[fibre].get_local_dof(node);
+    };
+    bond_dofs.emplace_back(dof(head->fibre, head->node), dof(head->actin_fibre, head->actin_site));
+  }
 }
 
 unsigned Filament::n_dofs() const {
@@ -89,14 +96,6 @@ unsigned Filament::n_in_state(unsigned state) const {
   return static_cast<unsigned>(
       std::count_if(data.attached.begin(), data.attached.end(),
                     [state](MyosinHead_s const* head) { return head->state == state; }));
-}
-
-unsigned Filament::myosin_dof(MyosinHead_s const& head) const {
-  return fibre_offsets[0] + chains[head.fibre].get_local_dof(head.node);
-}
-
-unsigned Filament::actin_dof(MyosinHead_s const& head) const {
-  return fibre_offsets[head.actin_fibre] + chains[head.actin_fibre].get_local_dof(head.actin_site);
 }
 
 // Positions
@@ -215,10 +214,9 @@ int Filament::create_rhs(dealii::Vector<double>& rhs) const {
     rhs[get_bnd_dof(1, 1)] -= f;
   }
   for (unsigned i = 0; i < data.attached.size(); ++i) {
-    MyosinHead_s const& head = *data.attached[i];
     double const f = bond_force(i);
-    rhs[myosin_dof(head)] += f;
-    rhs[actin_dof(head)] -= f;
+    rhs[bond_dofs[i].first] += f;
+    rhs[bond_dofs[i].second] -= f;
   }
   return 0;
 }

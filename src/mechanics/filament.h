@@ -114,8 +114,6 @@ class Filament {
 
  private:
   void InterpolateDisplacements();
-  unsigned myosin_dof(MyosinHead_s const& head) const;
-  unsigned actin_dof(MyosinHead_s const& head) const;
   bool has_titin() const;
   double titin_strain() const;
 
@@ -128,7 +126,8 @@ class Filament {
   std::vector<FilamentFEM> chains;
   unsigned offset = 0;
   std::vector<unsigned> fibre_offsets;
-  std::vector<BindingSite_s> candidates;          ///< work space of `state_change`
+  std::vector<std::pair<unsigned, unsigned>> bond_dofs;  ///< myosin and actin, in `attached` order
+  std::vector<BindingSite_s> candidates;                 ///< work space of `state_change`
   std::vector<std::vector<unsigned>> mesh_nodes;  ///< work space of `InterpolateDisplacements`
 };
 
@@ -156,8 +155,7 @@ int Filament::do_for_all(Function function, T& argument, unsigned start) const {
 template <class T>
 int Filament::do_for_all_xb(int (*function)(unsigned, unsigned, T&, double), T& argument) const {
   for (unsigned i = 0; i < data.attached.size(); ++i) {
-    MyosinHead_s const& head = *data.attached[i];
-    function(myosin_dof(head), actin_dof(head), argument, bond_stiffness(i));
+    function(bond_dofs[i].first, bond_dofs[i].second, argument, bond_stiffness(i));
   }
   return 0;
 }

@@ -86,10 +86,12 @@ void add_spring(dealii::DynamicSparsityPattern& pattern, unsigned i, unsigned j)
 }
 
 void add_spring(dealii::SparseMatrix<double>& matrix, unsigned i, unsigned j, double k) {
-  auto const add = [&matrix, k](unsigned row, unsigned column, double value) {
-    auto const place = matrix.get_sparsity_pattern()(row, column);
-    if (place == dealii::SparsityPattern::invalid_entry || k == 0.0) return;
-    matrix.add(row, column, value);
+  if (k == 0.0) return;
+  dealii::SparsityPattern const& pattern = matrix.get_sparsity_pattern();
+  auto const add = [&](unsigned row, unsigned column, double value) {
+    auto const place = pattern(row, column);
+    if (place == dealii::SparsityPattern::invalid_entry) return;
+    dealii::SparseMatrix<double>::iterator(&matrix, place)->value() += value;
   };
   add(i, i, k);
   add(i, j, -k);

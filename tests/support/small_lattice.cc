@@ -1,7 +1,6 @@
 #include "support/small_lattice.h"
 
 #include <deal.II/lac/dynamic_sparsity_pattern.h>
-#include <unistd.h>
 
 #include "control/run_state.h"
 #include "lattice/geometry_vertebrae.h"
@@ -98,5 +97,3 @@ unsigned SmallLattice::number() {
 }
 
 unsigned assemblies() { return static_cast<unsigned>(read_lines("SEE_velocity.csv").size()); }
-
-void join_output_streams() { dup2(STDERR_FILENO, STDOUT_FILENO); }

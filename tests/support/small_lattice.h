@@ -81,6 +81,3 @@ class SmallLattice {
 /// Assemblies so far, one in each pass of a solve and one before the first: the lines of
 /// "SEE_velocity.csv".
 unsigned assemblies();
-
-/// For death tests, which look at standard error alone.
-void join_output_streams();

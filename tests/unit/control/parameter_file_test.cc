@@ -64,11 +64,13 @@ TEST(ParameterFile, RefusesWhatItCannotTake) {
       {section + "  set dispSqLimit = 1e999\nend\n", "mc\\.prm.*1e999"},
       {section + "  filaments = 2\nend\n", "mc\\.prm.*2.*filaments = 2"},
       {section + "  set filaments = 2\n", "mc\\.prm.*monte_carlo"},  // no end
+      {"include mc.prm\n", "mc\\.prm, line 1.*include"},             // without an end of its own
       {garbage, "mc\\.prm"}};
   for (auto const& [text, message] : cases) {
     write_file("mc.prm", text);
     EXPECT_EXIT(Component("mc.prm"), testing::ExitedWithCode(1), message) << text;
   }
+  EXPECT_EXIT(Component(std::string(300, 'm')), testing::ExitedWithCode(1), "mmm: can't be read");
   fs::create_directory("folder.prm");
   EXPECT_EXIT(Component("folder.prm"), testing::ExitedWithCode(1), "folder\\.prm.*directory");
 }

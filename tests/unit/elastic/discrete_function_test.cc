@@ -117,6 +117,8 @@ TEST(DiscreteFunction, IntegralTableTakesEachSideFromItsOwnEnergies) {
     if (x == 0.0 && y == 0.0) ++zero_rows;
   }
   EXPECT_EQ(zero_rows, 2);
+  MyDiscreteFunction const one_sided(Table{{-1.0, 1.0}, {-0.5, 0.2}}, 4.0);
+  EXPECT_EXIT(one_sided.MakeIntegralTable(integral), testing::ExitedWithCode(1), "2 and 0");
 }
 
 }  // namespace

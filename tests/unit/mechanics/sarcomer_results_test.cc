@@ -11,6 +11,7 @@
 
 #include "control/run_state.h"
 #include "support/small_lattice.h"
+#include "support/stdout_to_stderr.h"
 #include "support/work_dir.h"
 
 namespace {
@@ -85,11 +86,8 @@ TEST(Results, BondsPerFilament) {
 TEST(Results, NoFilament) {
   SmallLattice lattice({0});
   Vector const none(1);
-  auto const calculate = [&] {
-    join_output_streams();
-    lattice.sarcomer->CalculateResults(none, none);
-  };
-  EXPECT_EXIT(calculate(), testing::ExitedWithCode(1), "Nemamo ni jedan filament!\n");
+  EXPECT_EXIT((stdout_to_stderr(), lattice.sarcomer->CalculateResults(none, none)),
+              testing::ExitedWithCode(1), "Nemamo ni jedan filament!\n");
   EXPECT_EQ(lattice.sarcomer->create_output(0.5), -1);
   std::fflush(lattice.sarcomer->result_file.get());
   EXPECT_EQ(read_lines("result.csv").at(1), "0.50000000000,");

@@ -11,6 +11,7 @@
 #include "control/logger.h"
 #include "control/run_state.h"
 #include "support/small_lattice.h"
+#include "support/stdout_to_stderr.h"
 #include "support/work_dir.h"
 
 namespace {
@@ -161,13 +162,9 @@ TEST(Solve, LastPassThatMaySucceedIsThe99th) {
   Slow lattice;
   lattice.parameter.forceCBLimit = Slow::P * std::pow(Slow::r, 98.5);
   EXPECT_EQ(lattice.passes(), 99u);
-  auto const hundred = [] {
-    join_output_streams();
-    Slow slower;
-    slower.parameter.forceCBLimit = Slow::P * std::pow(Slow::r, 99.5);
-    slower.solve(1, Slow::P);
-  };
-  EXPECT_EXIT(hundred(), ExitedWithCode(1), "No Convergence!\n");
+  Slow slower;
+  slower.parameter.forceCBLimit = Slow::P * std::pow(Slow::r, 99.5);
+  EXPECT_EXIT((stdout_to_stderr(), slower.passes()), ExitedWithCode(1), "No Convergence!\n");
 }
 
 // Nothing moves; what is written is the force lost at the middle over the way of the actin end,
@@ -199,14 +196,10 @@ TEST(Solve, ProbeOfStiffnessAppliesNothing) {
 
 TEST(Solve, ForceNeedsABondThatHolds) {
   SmallLattice lattice;
-  auto const pull = [&lattice] {
-    join_output_streams();
-    lattice.solve(1, 1.0);
-  };
   std::string const message = "Prescribed Force : NO CROSSBRIDGES -> displacement = inf\n";
-  EXPECT_EXIT(pull(), ExitedWithCode(1), message);
+  EXPECT_EXIT((stdout_to_stderr(), lattice.solve(1, 1.0)), ExitedWithCode(1), message);
   lattice.bind(0, 3, 1, 5).detach_pending = 1;
-  EXPECT_EXIT(pull(), ExitedWithCode(1), message);
+  EXPECT_EXIT((stdout_to_stderr(), lattice.solve(1, 1.0)), ExitedWithCode(1), message);
   lattice.solve(0, 2.0);  // a length is no trouble
   EXPECT_NEAR(lattice.sarcomer->get_last_actin_displacement(), 2.0, 1e-9);
   EXPECT_NEAR(lattice.sarcomer->force, 0.0, 1e-9);

@@ -10,6 +10,7 @@
 
 #include "control/run_state.h"
 #include "support/small_lattice.h"
+#include "support/stdout_to_stderr.h"
 #include "support/work_dir.h"
 
 namespace {
@@ -34,13 +35,11 @@ TEST(Sarcomer, StopsWithoutALaw) {
   SmallLattice lattice;
   lattice.geometry->titin_enabled = 1;
   lattice.geometry->titin_stiffness = "ThreeLinearForce";  // a law, but not one for titin
-  auto const build = [&] {
-    join_output_streams();
-    Sarcomer const sarcomer(lattice.parameter, *lattice.geometry);
-  };
-  EXPECT_EXIT(build(), ExitedWithCode(1), "No Titin stiffness model\\? ");
+  EXPECT_EXIT((stdout_to_stderr(), Sarcomer(lattice.parameter, *lattice.geometry)),
+              ExitedWithCode(1), "No Titin stiffness model\\? ");
   lattice.geometry->see_stiffness = "";
-  EXPECT_EXIT(build(), ExitedWithCode(1), "No See stiffness model\\? ");
+  EXPECT_EXIT((stdout_to_stderr(), Sarcomer(lattice.parameter, *lattice.geometry)),
+              ExitedWithCode(1), "No See stiffness model\\? ");
 }
 
 TEST(Sarcomer, SumsTheActivationStatesOfAllFilaments) {
@@ -56,11 +55,8 @@ TEST(Sarcomer, SumsTheActivationStatesOfAllFilaments) {
   EXPECT_EQ(lines[1], "0.25,");
   EXPECT_EQ(lines[2], "1.5,3,30,-15,");
   lattice.filament(2).activation_states.pop_back();
-  auto const mismatch = [&] {
-    join_output_streams();
-    lattice.sarcomer->state_change(2.0, 0.5);
-  };
-  EXPECT_EXIT(mismatch(), ExitedWithCode(1), "Error: vectors addition!\n");
+  EXPECT_EXIT((stdout_to_stderr(), lattice.sarcomer->state_change(2.0, 0.5)), ExitedWithCode(1),
+              "Error: vectors addition!\n");
 }
 
 // Two filaments, of 6 degrees of freedom each, with an element of K = 2 (30 + c / dt), c / dt = 4.
