@@ -1,4 +1,5 @@
-// What the parts of a time step cost: one head, the candidate search, assembly and solve, whole steps.
+// What the parts of a time step cost: one head, the candidate search, assembly and solve, whole
+// steps.
 
 #include <benchmark/benchmark.h>
 #include <deal.II/base/multithread_info.h>
@@ -71,9 +72,9 @@ BENCHMARK(candidate_search);
 void state_change(benchmark::State& state) {
   BenchLattice& lattice = plateau(10);
   for (auto _ : state) lattice.state_change();
-  state.counters["per_head"] =
-      benchmark::Counter(static_cast<double>(lattice.n_heads()) * static_cast<double>(state.iterations()),
-                         benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+  state.counters["per_head"] = benchmark::Counter(
+      static_cast<double>(lattice.n_heads()) * static_cast<double>(state.iterations()),
+      benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }
 BENCHMARK(state_change)->Unit(benchmark::kMicrosecond);
 
@@ -82,8 +83,8 @@ void assemble_and_solve(benchmark::State& state) {
   BenchLattice& lattice = plateau(10);
   double const solver_before = seconds_in_solver();
   for (auto _ : state) lattice.solve();
-  state.counters["in_solver"] = benchmark::Counter(seconds_in_solver() - solver_before,
-                                                   benchmark::Counter::kAvgIterations);
+  state.counters["in_solver"] =
+      benchmark::Counter(seconds_in_solver() - solver_before, benchmark::Counter::kAvgIterations);
 }
 BENCHMARK(assemble_and_solve)->Unit(benchmark::kMicrosecond);
 
@@ -91,11 +92,11 @@ void whole_step(benchmark::State& state) {
   BenchLattice& lattice = plateau(static_cast<unsigned>(state.range(0)));
   double const solver_before = seconds_in_solver();
   for (auto _ : state) lattice.step();
-  state.counters["in_solver"] = benchmark::Counter(seconds_in_solver() - solver_before,
-                                                   benchmark::Counter::kAvgIterations);
-  state.counters["per_filament"] =
-      benchmark::Counter(static_cast<double>(state.range(0)) * static_cast<double>(state.iterations()),
-                         benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+  state.counters["in_solver"] =
+      benchmark::Counter(seconds_in_solver() - solver_before, benchmark::Counter::kAvgIterations);
+  state.counters["per_filament"] = benchmark::Counter(
+      static_cast<double>(state.range(0)) * static_cast<double>(state.iterations()),
+      benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }
 BENCHMARK(whole_step)->Arg(10)->Arg(100)->Arg(1000)->Unit(benchmark::kMillisecond);
 

@@ -1,4 +1,5 @@
-// A tetanus of 10 filaments over 2,000 steps: microseconds per step by part, and head-steps per second.
+// A tetanus of 10 filaments over 2,000 steps: microseconds per step by part, and head-steps per
+// second.
 
 #include <deal.II/base/multithread_info.h>
 
