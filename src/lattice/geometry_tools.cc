@@ -2,7 +2,6 @@
 
 #include <deal.II/base/point.h>
 
-#include <algorithm>
 #include <cmath>
 
 namespace {
@@ -44,11 +43,22 @@ bool find_angle(Point2 const& centre_a, Point2 const& centre_b, double angle_a, 
   return true;
 }
 
+unsigned first_not_below(std::valarray<double> const& ascending, double limit) {
+  // Halving without branches: the outcome of a comparison can't be predicted here.
+  double const* first = std::begin(ascending);
+  for (std::size_t n = ascending.size(); n > 0;) {
+    std::size_t const half = (n + 1) / 2;
+    first += first[half - 1] < limit ? half : 0;
+    n -= half;
+  }
+  return static_cast<unsigned>(first - std::begin(ascending));
+}
+
 std::pair<unsigned, unsigned> axial_reach(std::valarray<double> const& position, double centre,
                                           double xamax) {
-  auto const begin = std::begin(position);
-  auto const end = std::end(position);
-  auto const first = std::lower_bound(begin, end, centre - xamax);
-  auto const last = std::upper_bound(first, end, centre + xamax);
-  return {static_cast<unsigned>(first - begin), static_cast<unsigned>(last - begin)};
+  unsigned const first = first_not_below(position, centre - xamax);
+  unsigned end = first;
+  // Every site passed here is visited by the caller anyway.
+  while (end < position.size() && !(position[end] > centre + xamax)) ++end;
+  return {first, end};
 }

@@ -37,6 +37,9 @@ bool check_sight(Point2 const& v, double angle);
 bool find_angle(Point2 const& centre_a, Point2 const& centre_b, double angle_a, double angle_b,
                 GeometryParameters_s const& radii, double& offset_b, double& offset_a);
 
+/// Index of the first element that is not below the limit; the size if there is none.
+unsigned first_not_below(std::valarray<double> const& ascending, double limit);
+
 /// Indices [first, end) of the sites whose position lies within `xamax` of `centre`, ends included.
 std::pair<unsigned, unsigned> axial_reach(std::valarray<double> const& position, double centre,
                                           double xamax);

@@ -258,9 +258,12 @@ void GeometryVertebrae::build_tables() {
 
 void GeometryVertebrae::get_angles_cached(unsigned head, unsigned crown, unsigned site,
                                           unsigned fibre, std::vector<BindingSite_s>& out) const {
-  auto const& weights = fibre == 1 ? weights_fibre1 : weights_fibre2;
-  double const weight = weights[table_index(head, crown, site)];
+  double const weight = weights_of(fibre)[table_index(head, crown, site)];
   if (weight > 0.0) out.push_back({weight, site, fibre});
+}
+
+std::valarray<double> const& GeometryVertebrae::weights_of(unsigned fibre) const {
+  return fibre == 1 ? weights_fibre1 : weights_fibre2;
 }
 
 void GeometryVertebrae::get_binding_sites(FilamentData const& data, MyosinHead_s const& head,
@@ -273,16 +276,16 @@ void GeometryVertebrae::get_binding_sites(FilamentData const& data, MyosinHead_s
   for (unsigned fibre = 1; fibre <= last_fibre; ++fibre) {
     auto [first, end] = axial_reach(data.position[fibre], centre, xamax);
     if (nebulinDeficiency != 0) {
-      auto const& x = data.x[fibre];
-      auto const limit =
-          std::lower_bound(std::begin(x), std::end(x), data.nebulin_limit[fibre - 1]);
-      first = std::max(first, static_cast<unsigned>(limit - std::begin(x)));
+      first = std::max(first, first_not_below(data.x[fibre], data.nebulin_limit[fibre - 1]));
     }
-    for (unsigned site = first; site < end; ++site) {
-      bool const is_free = data.bound_count[fibre][site] == 0;
-      if (is_free && data.sites[fibre][site].k_on_factor > 0.0) {
-        get_angles_cached(number, crown, site, fibre, candidates);
-      }
+    // Most sites in reach face away, so the weight is looked at before the site itself.
+    auto const& weights = weights_of(fibre);
+    std::size_t index = table_index(number, crown, first);
+    for (unsigned site = first; site < end; ++site, index += crown_classes * heads_per_crown) {
+      if (index >= weights.size()) index -= weights.size();
+      double const weight = weights[index];
+      if (!(weight > 0.0) || data.bound_count[fibre][site] != 0) continue;
+      if (data.sites[fibre][site].k_on_factor > 0.0) candidates.push_back({weight, site, fibre});
     }
   }
 }

@@ -60,6 +60,7 @@ class GeometryVertebrae : public Geometry {
   void get_proteinC_parameters(dealii::ParameterHandler& handler);
   void build_tables();
   std::size_t table_index(unsigned head, unsigned crown, unsigned site) const;
+  std::valarray<double> const& weights_of(unsigned fibre) const;
   double draw_actin_length() const;
   void initialize_heads(FilamentData& data) const;
   unsigned n_heads() const;

@@ -262,12 +262,15 @@ void Sarcomer::refuse_floating(System const& system) const {
     connections.join(value.first, ground);
   }
   for (unsigned i = 0; i < system.n; ++i) {
-    for (auto entry = system.matrix.begin(i); entry != system.matrix.end(i); ++entry) {
-      if (entry->value() != 0.0) connections.join(i, static_cast<unsigned>(entry->column()));
+    // The matrix is symmetric, and a row begins with its diagonal.
+    auto const end = system.matrix.end(i);
+    for (auto entry = ++system.matrix.begin(i); entry != end; ++entry) {
+      auto const j = static_cast<unsigned>(entry->column());
+      if (j > i && entry->value() != 0.0) connections.join(i, j);
     }
-    auto const* const ties = system.constraints.get_constraint_entries(i);
-    if (!ties) continue;
-    for (auto const& entry : *ties) connections.join(i, static_cast<unsigned>(entry.first));
+  }
+  for (auto const& line : system.constraints.get_lines()) {
+    for (auto const& entry : line.entries) connections.join(line.index, entry.first);
   }
   for (unsigned i = 0; i < system.n; ++i) {
     if (connections.root(i) == connections.root(ground)) continue;
