@@ -4,8 +4,11 @@
 #include <benchmark/benchmark.h>
 #include <deal.II/base/multithread_info.h>
 
+#include <fstream>
 #include <iostream>
+#include <numeric>
 
+#include "activation/activation.h"
 #include "bench_lattice.h"
 #include "kinetics/fixed_dt_mc.h"
 #include "lattice/geometry.h"
@@ -68,6 +71,38 @@ void candidate_search(benchmark::State& state) {
   }
 }
 BENCHMARK(candidate_search);
+
+/// Regulation in rigid segments of 7 sites, on the bound heads of the plateau; `value` is that of
+/// "ca_protocol.dat", and `dt` short enough for the default rates.
+void rigid_segments(benchmark::State& state, char const* activation, int indicator,
+                    char const* value, double dt) {
+  BenchLattice& lattice = plateau(10);
+  std::ofstream("ca_protocol.dat") << "0 1 0 0 " << value << '\n';
+  ActivationModelParameter const parameter = {
+      lattice.geometry.get(), lattice.model.get(), lattice.model.get(), dt, indicator, 100};
+  std::vector<FilamentData> data;
+  std::vector<std::unique_ptr<ActivationModel>> models;
+  for (auto const& filament : lattice.sarcomer->filaments) {
+    data.push_back(filament->data);
+    models.push_back(
+        create_component<ActivationModel>(activation, parameter, "the benchmark", "activation"));
+  }
+  std::vector<int> counts;
+  for (auto _ : state) {
+    for (std::size_t i = 0; i < models.size(); ++i) models[i]->state_change(data[i], 0.0, counts);
+  }
+  std::vector<unsigned> segments(lattice.geometry->n_actin_chains());
+  lattice.geometry->n_actin_segments(7, segments);
+  auto const per_step = std::accumulate(segments.begin(), segments.end(), 0u) * models.size();
+  state.counters["per_segment"] =
+      benchmark::Counter(static_cast<double>(per_step * state.iterations()),
+                         benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+}
+BENCHMARK_CAPTURE(rigid_segments, geeves_calcium, "Geeves6S", 2, "1e-6", 1e-5)
+    ->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(rigid_segments, geeves_kb, "Geeves6S", 0, "1e-6", 5e-7)
+    ->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(rigid_segments, lumped, "Lumped2S", 0, "-6", 1e-4)->Unit(benchmark::kMicrosecond);
 
 void state_change(benchmark::State& state) {
   BenchLattice& lattice = plateau(10);
