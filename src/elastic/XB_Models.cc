@@ -8,6 +8,7 @@
 
 #include "control/diagnostics.h"
 #include "control/parameter_file.h"
+#include "elastic/XB_StiffnessFunction.h"
 
 MyDiscreteFunction const& XB_Model::GetIntegralFunction() const {
   if (!std::exchange(integral_asked, true)) FillIntegralFunction();
@@ -166,6 +167,7 @@ XB_Model* create_elastic_law(std::string const& name, std::string const& prefix)
   static std::map<std::string, Creator> const creators = {
       {"ConstantStiffness", create_law<XB_ConstantStiffness>},
       {"SigmoidalStiffness", create_law<XB_SigmoidalStiffness>},
+      {"StiffnessFunction", create_law<XB_StiffnessFunction>},
       {"ThreeLinearForce", create_law<XB_ThreeLinearForce>},
   };
   auto const found = creators.find(name);

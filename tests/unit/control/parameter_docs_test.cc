@@ -11,6 +11,7 @@
 #include "control/mcModelParameters.h"
 #include "control/simulation.h"
 #include "elastic/XB_Models.h"
+#include "elastic/XB_StiffnessFunction.h"
 #include "kinetics/model_huxley.h"
 #include "kinetics/model_huxleyMyBPC.h"
 #include "lattice/geometry_vertebrae.h"
@@ -68,6 +69,7 @@ TEST(ParameterDocs, NameEveryKeyWithItsDefaultAndNoOther) {
       {"model_huxleyMyBPC.md", declared<ModelHuxleyMyBPC>()},
       {"ConstantStiffness.md", declared<XB_ConstantStiffness>()},
       {"SigmoidalStiffness.md", declared<XB_SigmoidalStiffness>()},
+      {"StiffnessFunction.md", declared<XB_StiffnessFunction>()},
       {"ThreeLinearForce.md", declared<XB_ThreeLinearForce>()},
   };
   fs::path const docs = fs::path(TAVELO_SOURCE_DIR) / "docs" / "parameters";
