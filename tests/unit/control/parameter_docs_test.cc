@@ -12,6 +12,7 @@
 #include "control/simulation.h"
 #include "elastic/XB_Models.h"
 #include "elastic/XB_StiffnessFunction.h"
+#include "elastic/XB_TwoPartSigmoidalStiffness.h"
 #include "kinetics/model_huxley.h"
 #include "kinetics/model_huxleyMyBPC.h"
 #include "lattice/geometry_vertebrae.h"
@@ -71,6 +72,7 @@ TEST(ParameterDocs, NameEveryKeyWithItsDefaultAndNoOther) {
       {"SigmoidalStiffness.md", declared<XB_SigmoidalStiffness>()},
       {"StiffnessFunction.md", declared<XB_StiffnessFunction>()},
       {"ThreeLinearForce.md", declared<XB_ThreeLinearForce>()},
+      {"TwoPartSigmoidalStiffness.md", declared<XB_TwoPartSigmoidalStiffness>()},
   };
   fs::path const docs = fs::path(TAVELO_SOURCE_DIR) / "docs" / "parameters";
   for (auto const& [page, rows] : pages) EXPECT_EQ(documented(docs / page), rows) << page;
