@@ -13,6 +13,8 @@
 #include "elastic/XB_Models.h"
 #include "elastic/XB_StiffnessFunction.h"
 #include "elastic/XB_TwoPartSigmoidalStiffness.h"
+#include "kinetics/model_duke.h"
+#include "kinetics/model_dukeMyBPC.h"
 #include "kinetics/model_huxley.h"
 #include "kinetics/model_huxleyMyBPC.h"
 #include "lattice/geometry_vertebrae.h"
@@ -66,6 +68,8 @@ TEST(ParameterDocs, NameEveryKeyWithItsDefaultAndNoOther) {
       {"simulation.md", declared<SimParameter>()},
       {"numeric_mc.md", declared<McModelParameters>()},
       {"geom_vertebrae.md", declared<GeometryVertebrae>()},
+      {"model_duke.md", declared<ModelDuke>()},
+      {"model_dukeMyBPC.md", declared<ModelDukeMyBPC>()},
       {"model_huxley.md", declared<ModelHuxley>()},
       {"model_huxleyMyBPC.md", declared<ModelHuxleyMyBPC>()},
       {"ConstantStiffness.md", declared<XB_ConstantStiffness>()},
