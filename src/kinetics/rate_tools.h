@@ -2,11 +2,18 @@
 /// Procedures that several kinetic models share: detailed balance, the threshold strain of the
 /// reverse stroke, the rescaling of binding, and tables of energies and rates over strain.
 
+#include <array>
 #include <cstdio>
 #include <functional>
 #include <string>
 
 class XB_Model;
+
+/// Boltzmann binding that can saturate.
+///
+/// Law:     c e for eta = 0, else c (1 + eta) e / (1 + eta e), which is c at e = 1 too
+/// Symbols: c rate of an unstrained head, e Boltzmann factor of the strain, eta saturation above -1
+double saturating_binding(double c, double eta, double e);
 
 /// Reverse rate of j to i by detailed balance.
 ///
@@ -33,6 +40,10 @@ double threshold_strain(XB_Model const& law, double D, double kBT, double k_12, 
 /// that never falls off ends the run.
 double binding_overlap_factor(std::function<double(double)> const& rate, double kd,
                               std::string const& model);
+
+/// Lists the constants of a Duke-like cycle under `heading`: k_adp, D, kBT, dGStroke, c_1, c_2,
+/// c_3, c_4, k_12, k_21_cap, delta, eta.
+void list_cycle(char const* heading, std::array<double, 12> const& values);
 
 /// Warns that the rescaling of binding had nothing to work on; returns the factor 1.
 double no_binding_overlap(std::string const& model);

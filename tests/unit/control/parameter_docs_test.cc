@@ -16,6 +16,10 @@
 #include "control/mcModelParameters.h"
 #include "control/simulation.h"
 #include "elastic/XB_Models.h"
+#include "elastic/XB_StiffnessFunction.h"
+#include "elastic/XB_TwoPartSigmoidalStiffness.h"
+#include "kinetics/model_duke.h"
+#include "kinetics/model_dukeMyBPC.h"
 #include "kinetics/model_huxley.h"
 #include "kinetics/model_huxleyMyBPC.h"
 #include "lattice/geometry_vertebrae.h"
@@ -69,11 +73,15 @@ TEST(ParameterDocs, NameEveryKeyWithItsDefaultAndNoOther) {
       {"simulation.md", declared<SimParameter>()},
       {"numeric_mc.md", declared<McModelParameters>()},
       {"geom_vertebrae.md", declared<GeometryVertebrae>()},
+      {"model_duke.md", declared<ModelDuke>()},
+      {"model_dukeMyBPC.md", declared<ModelDukeMyBPC>()},
       {"model_huxley.md", declared<ModelHuxley>()},
       {"model_huxleyMyBPC.md", declared<ModelHuxleyMyBPC>()},
       {"ConstantStiffness.md", declared<XB_ConstantStiffness>()},
       {"SigmoidalStiffness.md", declared<XB_SigmoidalStiffness>()},
+      {"StiffnessFunction.md", declared<XB_StiffnessFunction>()},
       {"ThreeLinearForce.md", declared<XB_ThreeLinearForce>()},
+      {"TwoPartSigmoidalStiffness.md", declared<XB_TwoPartSigmoidalStiffness>()},
       {"activ_2s.md", declared<Activation2SModel>()},
       {"CaActivation3x3s.md", declared<CaActivation3x3SModel>()},
       {"CaActivation3x2s.md", declared<CaActivation3x2SModel>()},
