@@ -17,6 +17,7 @@
 #include "kinetics/model_dukeMyBPC.h"
 #include "kinetics/model_huxley.h"
 #include "kinetics/model_huxleyMyBPC.h"
+#include "kinetics/model_rombel.h"
 #include "lattice/geometry_vertebrae.h"
 
 namespace {
@@ -72,6 +73,7 @@ TEST(ParameterDocs, NameEveryKeyWithItsDefaultAndNoOther) {
       {"model_dukeMyBPC.md", declared<ModelDukeMyBPC>()},
       {"model_huxley.md", declared<ModelHuxley>()},
       {"model_huxleyMyBPC.md", declared<ModelHuxleyMyBPC>()},
+      {"model_rombel.md", declared<ModelRombel>()},
       {"ConstantStiffness.md", declared<XB_ConstantStiffness>()},
       {"SigmoidalStiffness.md", declared<XB_SigmoidalStiffness>()},
       {"StiffnessFunction.md", declared<XB_StiffnessFunction>()},

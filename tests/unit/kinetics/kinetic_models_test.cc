@@ -80,10 +80,9 @@ struct SiteScheme {
 };
 
 SiteScheme const site_schemes[] = {
-    {"Huxley", "01", "", "10", false},
-    {"HuxleyMyBPC", "01", "", "10", false},
-    {"Duke", "01", "12", "10 20 21", true},
-    {"DukeMyBPC", "01", "12", "10 20 21", true},
+    {"Huxley", "01", "", "10", false},        {"HuxleyMyBPC", "01", "", "10", false},
+    {"Duke", "01", "12", "10 20 21", true},   {"DukeMyBPC", "01", "12", "10 20 21", true},
+    {"Rombel", "01", "12", "10 20 21", true},
 };
 
 TEST(KineticModels, SiteFactorsStandOnTheirTransitionsAlone) {
@@ -119,7 +118,7 @@ constexpr double kBT = 4.14;
 
 double spring_energy(double x) { return 0.5 * stiffness * x * x / kBT; }
 
-/// Pairs that balance, forward first. States from n on are the ends of cycles.
+/// Pairs that balance, forward first. States from n on are ends of cycles: n stands for state 0.
 struct Balance {
   char const* model;
   std::vector<std::pair<unsigned, unsigned>> pairs;
@@ -135,13 +134,21 @@ Balance const balances[] = {
                        : -3.63 - 15.0 + spring_energy(x + 10.5);
      }},
     {"DukeMyBPC", {{0, 1}}, [](unsigned s, double x) { return s * (-3.63 + spring_energy(x)); }},
+    {"Rombel",
+     {{0, 1}, {1, 2}, {2, 3}},
+     [](unsigned s, double x) {
+       return s == 0   ? 0.0
+              : s == 1 ? -4.3 + spring_energy(x)
+              : s == 2 ? -4.3 - 6.423 + spring_energy(x + 7.0)
+                       : -24.155;
+     }},
 };
 
 TEST(KineticModels, ForwardOverReverseIsTheExponentialOfTheFreeEnergyDifference) {
   for (Balance const& balance : balances) {
     auto const model = make_model(balance.model, stiffness);
     for (auto const& [from, to] : balance.pairs) {
-      for (double const x : {-4.0, -2.1, -0.4, 0.0, 0.2, 1.7, 3.0}) {
+      for (double const x : {-4.0, -2.1, -0.4, 0.1, 0.3, 1.7, 3.0}) {
         unsigned const n = model->n_states();
         double const ratio = model->get_k(x, from % n, to % n) / model->get_k(x, to % n, from % n);
         double const difference = balance.G(from, x) - balance.G(to, x);
