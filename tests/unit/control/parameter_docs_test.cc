@@ -18,6 +18,7 @@
 #include "kinetics/model_huxley.h"
 #include "kinetics/model_huxleyMyBPC.h"
 #include "kinetics/model_rombel.h"
+#include "kinetics/model_vorn.h"
 #include "lattice/geometry_vertebrae.h"
 
 namespace {
@@ -74,6 +75,7 @@ TEST(ParameterDocs, NameEveryKeyWithItsDefaultAndNoOther) {
       {"model_huxley.md", declared<ModelHuxley>()},
       {"model_huxleyMyBPC.md", declared<ModelHuxleyMyBPC>()},
       {"model_rombel.md", declared<ModelRombel>()},
+      {"model_vorn.md", declared<ModelVorn>()},
       {"ConstantStiffness.md", declared<XB_ConstantStiffness>()},
       {"SigmoidalStiffness.md", declared<XB_SigmoidalStiffness>()},
       {"StiffnessFunction.md", declared<XB_StiffnessFunction>()},

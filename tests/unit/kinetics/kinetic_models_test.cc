@@ -82,7 +82,7 @@ struct SiteScheme {
 SiteScheme const site_schemes[] = {
     {"Huxley", "01", "", "10", false},        {"HuxleyMyBPC", "01", "", "10", false},
     {"Duke", "01", "12", "10 20 21", true},   {"DukeMyBPC", "01", "12", "10 20 21", true},
-    {"Rombel", "01", "12", "10 20 21", true},
+    {"Rombel", "01", "12", "10 20 21", true}, {"Vorn", "01", "12", "10 21 34", true},
 };
 
 TEST(KineticModels, SiteFactorsStandOnTheirTransitionsAlone) {
@@ -142,6 +142,14 @@ Balance const balances[] = {
               : s == 2 ? -4.3 - 6.423 + spring_energy(x + 7.0)
                        : -24.155;
      }},
+    {"Vorn",
+     {{0, 1}, {1, 2}, {2, 3}},
+     [](unsigned s, double x) {
+       return s == 0   ? 0.0
+              : s == 1 ? -3.63 + spring_energy(x)
+              : s == 2 ? -3.63 - 15.0 + spring_energy(x + 10.5)
+                       : -3.63 - 15.0 - 24.0 + spring_energy(x + 11.5);
+     }},
 };
 
 TEST(KineticModels, ForwardOverReverseIsTheExponentialOfTheFreeEnergyDifference) {
@@ -168,6 +176,7 @@ struct Cap {
 
 Cap const caps[] = {
     {"Duke", 15.0, 1000.0, 100.0},
+    {"Vorn", 15.0, 1000.0, 100.0},
 };
 
 TEST(KineticModels, ReverseStrokeMeetsItsCapWhereTheStrokeBeginsToFall) {
@@ -190,7 +199,8 @@ TEST(KineticModels, ReverseStrokeMeetsItsCapWhereTheStrokeBeginsToFall) {
 }
 
 /// Models that rescale binding, and whether the reverse rate keeps its constant as read.
-std::vector<std::pair<char const*, bool>> const rescaled = {{"Duke", false}, {"DukeMyBPC", false}};
+std::vector<std::pair<char const*, bool>> const rescaled = {
+    {"Duke", false}, {"DukeMyBPC", false}, {"Vorn", true}};
 
 TEST(KineticModels, BindingIsRescaledOnlyWhereAHeadReachesSeveralSites) {
   for (auto const& [name, reverse_as_read] : rescaled) {
@@ -201,6 +211,19 @@ TEST(KineticModels, BindingIsRescaledOnlyWhereAHeadReachesSeveralSites) {
     double const reverse = soft->get_k(0.0, 1, 0) / as_read;
     double const factor = soft->get_k(0.0, 0, 1) / 170.0;
     EXPECT_NEAR(reverse, reverse_as_read ? 1.0 : factor, 1e-12) << name;
+  }
+}
+
+/// The longer cycles take a linear spring for granted; on one, their front is Duke's cycle.
+TEST(KineticModels, LongerCyclesBeginAsDukesOnALinearSpring) {
+  auto const duke = make_model("Duke", 1.25);
+  for (char const* const name : {"Vorn"}) {
+    auto const model = make_model(name, 1.25);
+    for (double x = -12.0; x < 8.0; x += 0.7) {
+      EXPECT_NEAR(model->get_k(x, 0, 1) / duke->get_k(x, 0, 1), 1.0, 1e-12) << name;
+      EXPECT_NEAR(model->get_k(x, 1, 2) / duke->get_k(x, 1, 2), 1.0, 1e-11) << name;
+      EXPECT_NEAR(model->get_k(x, 2, 3) / duke->get_k(x, 2, 0), 1.0, 1e-11) << name;
+    }
   }
 }
 
