@@ -52,6 +52,10 @@ double widened_binding(XB_Model const& law, double x, double c, double eta, doub
   return saturating_binding(c, eta, std::exp(-(law.GetEnergy(x) / scale)));
 }
 
+double strained_level(XB_Model const& law, double level, double x, double extension) {
+  return level + 0.5 * law.GetStiffness(x) * extension * extension;
+}
+
 double linear_stroke(XB_Model const& law, double x, double k_12, double x_cap, double D,
                      double kBT) {
   if (x < x_cap) return k_12;

@@ -21,6 +21,10 @@ double saturating_binding(double c, double eta, double e);
 double widened_binding(XB_Model const& law, double x, double c, double eta, double multiplier,
                        double kBT);
 
+/// Free energy of a state whose spring has the extension `extension` at strain x and counts as
+/// linear around x: level + K(x) extension^2/2.
+double strained_level(XB_Model const& law, double level, double x, double extension);
+
 /// Stroke of a spring that counts as linear around the strain x: k_12 below x_cap, from there on
 /// k_12 exp(-K(x) D (x - x_cap)/kBT).
 double linear_stroke(XB_Model const& law, double x, double k_12, double x_cap, double D,

@@ -13,6 +13,7 @@
 #include "elastic/XB_Models.h"
 #include "elastic/XB_StiffnessFunction.h"
 #include "elastic/XB_TwoPartSigmoidalStiffness.h"
+#include "kinetics/model_brek_atpase_fiber.h"
 #include "kinetics/model_duke.h"
 #include "kinetics/model_dukeMyBPC.h"
 #include "kinetics/model_huxley.h"
@@ -70,6 +71,7 @@ TEST(ParameterDocs, NameEveryKeyWithItsDefaultAndNoOther) {
       {"simulation.md", declared<SimParameter>()},
       {"numeric_mc.md", declared<McModelParameters>()},
       {"geom_vertebrae.md", declared<GeometryVertebrae>()},
+      {"model_brek_atpase_fiber.md", declared<ModelBrekAtpaseFiber>()},
       {"model_duke.md", declared<ModelDuke>()},
       {"model_dukeMyBPC.md", declared<ModelDukeMyBPC>()},
       {"model_huxley.md", declared<ModelHuxley>()},

@@ -150,6 +150,14 @@ Balance const balances[] = {
               : s == 2 ? -3.63 - 15.0 + spring_energy(x + 10.5)
                        : -3.63 - 15.0 - 24.0 + spring_energy(x + 11.5);
      }},
+    {"BrekAtpaseFiber",
+     {{0, 1}, {1, 2}, {2, 3}},
+     [](unsigned s, double x) {
+       return s == 0   ? 0.0
+              : s == 1 ? -3.63 + spring_energy(x)
+              : s == 2 ? -3.63 - 13.96 + spring_energy(x + 10.5)
+                       : -3.63 - 13.96 - 24.0 + spring_energy(x + 11.5);
+     }},
 };
 
 TEST(KineticModels, ForwardOverReverseIsTheExponentialOfTheFreeEnergyDifference) {
@@ -177,6 +185,7 @@ struct Cap {
 Cap const caps[] = {
     {"Duke", 15.0, 1000.0, 100.0},
     {"Vorn", 15.0, 1000.0, 100.0},
+    {"BrekAtpaseFiber", 13.96, 10000.0, 1000.0},
 };
 
 TEST(KineticModels, ReverseStrokeMeetsItsCapWhereTheStrokeBeginsToFall) {
@@ -200,7 +209,7 @@ TEST(KineticModels, ReverseStrokeMeetsItsCapWhereTheStrokeBeginsToFall) {
 
 /// Models that rescale binding, and whether the reverse rate keeps its constant as read.
 std::vector<std::pair<char const*, bool>> const rescaled = {
-    {"Duke", false}, {"DukeMyBPC", false}, {"Vorn", true}};
+    {"Duke", false}, {"DukeMyBPC", false}, {"Vorn", true}, {"BrekAtpaseFiber", true}};
 
 TEST(KineticModels, BindingIsRescaledOnlyWhereAHeadReachesSeveralSites) {
   for (auto const& [name, reverse_as_read] : rescaled) {
@@ -217,7 +226,9 @@ TEST(KineticModels, BindingIsRescaledOnlyWhereAHeadReachesSeveralSites) {
 /// The longer cycles take a linear spring for granted; on one, their front is Duke's cycle.
 TEST(KineticModels, LongerCyclesBeginAsDukesOnALinearSpring) {
   auto const duke = make_model("Duke", 1.25);
-  for (char const* const name : {"Vorn"}) {
+  write_parameters("BrekAtpaseFiber.prm", "brek_atpase_fiber",
+                   {"GStroke = 15", "k_12 = 1000", "k_21_cap = 100"});  // the others' defaults
+  for (char const* const name : {"Vorn", "BrekAtpaseFiber"}) {
     auto const model = make_model(name, 1.25);
     for (double x = -12.0; x < 8.0; x += 0.7) {
       EXPECT_NEAR(model->get_k(x, 0, 1) / duke->get_k(x, 0, 1), 1.0, 1e-12) << name;
