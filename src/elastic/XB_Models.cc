@@ -8,6 +8,8 @@
 
 #include "control/diagnostics.h"
 #include "control/parameter_file.h"
+#include "elastic/XB_StiffnessFunction.h"
+#include "elastic/XB_TwoPartSigmoidalStiffness.h"
 
 MyDiscreteFunction const& XB_Model::GetIntegralFunction() const {
   if (!std::exchange(integral_asked, true)) FillIntegralFunction();
@@ -166,7 +168,9 @@ XB_Model* create_elastic_law(std::string const& name, std::string const& prefix)
   static std::map<std::string, Creator> const creators = {
       {"ConstantStiffness", create_law<XB_ConstantStiffness>},
       {"SigmoidalStiffness", create_law<XB_SigmoidalStiffness>},
+      {"StiffnessFunction", create_law<XB_StiffnessFunction>},
       {"ThreeLinearForce", create_law<XB_ThreeLinearForce>},
+      {"TwoPartSigmoidalStiffness", create_law<XB_TwoPartSigmoidalStiffness>},
   };
   auto const found = creators.find(name);
   return found == creators.end() ? nullptr : found->second(prefix + name + ".prm");

@@ -9,6 +9,8 @@
 ///     G_0 = 0,  G_1 = c_1 + E(x),  G_2 = c_2 + E(x + D),  G_3 = c_4 (end of the cycle)
 /// A blocked site (state 1) has rate 0 for every transition.
 
+#include <array>
+
 #include "kinetics/active_model.h"
 
 class Model3State : public ActiveModel {
@@ -34,7 +36,8 @@ class Model3State : public ActiveModel {
   double c_4 = 0.0;
   double D = 0.0;
   double kBT = 1.0;
-  unsigned rate_type[3][3] = {};
+  /// Kind of each transition, [from][to].
+  std::array<std::array<unsigned, 3>, 3> rate_type{};
 
  private:
   double unregulated_rate(double x, unsigned from, unsigned to) const;

@@ -11,6 +11,8 @@
 /// A blocked site (state 1) has rate 0 for every transition. Rate keys count states from 1: k_45 is
 /// the rate of state 3 to 4.
 
+#include <array>
+
 #include "kinetics/active_model.h"
 
 class Model6State : public ActiveModel {
@@ -51,7 +53,8 @@ class Model6State : public ActiveModel {
   double k_ps_max = 0.0;
   double ca_50 = 0.0;
   double b_param = 0.0;
-  unsigned rate_type[6][6] = {};
+  /// Kind of each transition, [from][to].
+  std::array<std::array<unsigned, 6>, 6> rate_type{};
 
  private:
   double unregulated_rate(double x, unsigned from, unsigned to) const;

@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "control/diagnostics.h"
+#include "control/run_state.h"
 #include "elastic/XB_Models.h"
 #include "elastic/discrete_function.h"
 
@@ -40,6 +41,33 @@ double bound_half_width(std::function<double(double)> const& rate, double kd, do
 
 }  // namespace
 
+double saturating_binding(double c, double eta, double e) {
+  if (std::abs(eta) < 1e-10) return c * e;
+  return c * (1 + eta) * e / (1 + eta * e);
+}
+
+double widened_binding(XB_Model const& law, double x, double c, double eta, double multiplier,
+                       double kBT) {
+  double const scale = x > 0.0 ? multiplier * kBT : kBT;
+  return saturating_binding(c, eta, std::exp(-(law.GetEnergy(x) / scale)));
+}
+
+double strained_level(XB_Model const& law, double level, double x, double extension) {
+  return level + 0.5 * law.GetStiffness(x) * extension * extension;
+}
+
+double linear_stroke(XB_Model const& law, double x, double k_12, double x_cap, double D,
+                     double kBT) {
+  if (x < x_cap) return k_12;
+  return k_12 * std::exp(-law.GetStiffness(x) * D * (x - x_cap) / kBT);
+}
+
+double linear_adp_step(XB_Model const& law, double x, double k_adp, double D, double delta,
+                       double kBT) {
+  double const work = law.GetStiffness(x) * delta * D * (x / D + 1.0 + delta / (2 * D));
+  return k_adp * std::exp(-work / kBT);
+}
+
 double detailed_balance(double f, double G_i, double G_j, double kBT) {
   return f / std::exp((G_i - G_j) / kBT);
 }
@@ -73,6 +101,17 @@ double binding_overlap_factor(std::function<double(double)> const& rate, double 
   }
   double const factor = (e + s) / s;
   return std::isfinite(factor) ? factor : no_binding_overlap(model);
+}
+
+void list_cycle(char const* heading, std::array<double, 12> const& values) {
+  constexpr char const* labels[] = {"k_adp:\t\t", "D:\t\t\t",   "RT:\t\t\t",  "dGStroke:\t",
+                                    "c_1:\t\t",   "c_2:\t\t",   "c_3:\t\t",   "c_4:\t\t",
+                                    "k12:\t\t",   "k_cap:\t\t", "delta:\t\t", "eta:\t\t"};
+  std::fprintf(fOutputFile, "\t%s\n\n", heading);
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    std::fprintf(fOutputFile, "\t%s%15.8lf\n", labels[i], values[i]);
+  }
+  std::fprintf(fOutputFile, "\n");
 }
 
 double no_binding_overlap(std::string const& model) {

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "support/quadrature.h"
 #include "support/stdout_to_stderr.h"
 #include "support/work_dir.h"
 
@@ -20,15 +21,6 @@ XB_Model& law(std::string const& name) {
   XB_Model* const made = create_elastic_law(name, "xb_");
   testing::internal::GetCapturedStdout();
   return *made;
-}
-
-/// Integral from a to b by Simpson's rule.
-template <class Function>
-double integral(Function f, double a, double b) {
-  constexpr int n = 4000;
-  double sum = f(a) + f(b);
-  for (int i = 1; i < n; ++i) sum += f(a + (b - a) * i / n) * (i % 2 == 0 ? 2 : 4);
-  return sum * (b - a) / n / 3.0;
 }
 
 /// `breaks` are where the stiffness jumps. Pieces between them end just short of them.
