@@ -6,7 +6,7 @@
 #include "control/run_state.h"
 #include "elastic/XB_Models.h"
 #include "kinetics/fixed_dt_mc.h"
-#include "kinetics/model_huxley.h"
+#include "kinetics/model.h"
 #include "lattice/geometry_vertebrae.h"
 #include "mechanics/filament.h"
 #include "mechanics/sarcomer.h"
@@ -18,27 +18,32 @@ constexpr double dt = 0.0005;
 void write_file(char const* name, char const* text) { std::ofstream(name) << text; }
 
 void write_input() {
-  write_file("huxley.prm",
+  write_file("Huxley.prm",
              "subsection huxley\nset f1=10\nset g1=20\nset g2=200\nset g3=1\nset h=8\nend\n");
   write_file("xb_ConstantStiffness.prm", "subsection ConstantStiffness\nset k=1.7\nend\n");
   write_file("see_ConstantStiffness.prm", "subsection ConstantStiffness\nset k=60\nend\n");
-  write_file("geom_vertebrae.prm", "");
+  for (std::string const file : {"geom_vertebrae", "model_huxleyMyBPC", "model_dukeMyBPC"}) {
+    write_file((file + ".prm").c_str(), "");
+  }
+  write_file("ca_protocol.dat", "0 1 0 0 1e-5\n");
 }
 
 }  // namespace
 
-BenchLattice::BenchLattice(unsigned n_filaments) : home(std::filesystem::current_path()) {
+BenchLattice::BenchLattice(unsigned n_filaments, std::string const& name)
+    : model_name(name), home(std::filesystem::current_path()) {
   std::string pattern = (std::filesystem::temp_directory_path() / "tavelo-bench-XXXXXX").string();
   directory = mkdtemp(pattern.data());
   std::filesystem::current_path(directory);
   fOutputFile = std::fopen("TaveloOutput.lst", "wt");
   if (!std::freopen("stdout.txt", "w", stdout)) std::abort();
+  write_file((model_name + ".prm").c_str(), "");
   write_input();
   std::srand(1);
   currentTimeStep = dt;
   timeForAll = 1.0;  // beyond the time of the filtered diagnostics
-  XB_Model* const law = create_elastic_law("ConstantStiffness", "xb_");
-  model = std::make_unique<ModelHuxley>(ModelParameter_s{law, "huxley.prm"});
+  law = create_elastic_law("ConstantStiffness", "xb_");
+  model = make_model();
   geometry = std::make_unique<GeometryVertebrae>(GeometryParameter_s{});
   stepper = std::make_unique<FixedTimeStepMC>(*model, *model, dt, nullptr);
   sarcomer = std::make_unique<Sarcomer>(parameter, *geometry);
@@ -52,6 +57,11 @@ BenchLattice::~BenchLattice() {
   fOutputFile = nullptr;
   std::filesystem::current_path(home);
   std::filesystem::remove_all(directory);
+}
+
+std::unique_ptr<Model> BenchLattice::make_model() const {
+  return create_component<Model>(model_name, ModelParameter_s{law, model_name + ".prm"}, "bench",
+                                 "model");
 }
 
 void BenchLattice::step() {

@@ -1,9 +1,10 @@
 #pragma once
-/// A half-sarcomere of vertebrate filaments with Huxley heads, with the parameters of
-/// examples/isometric, in a temporary directory of its own.
+/// A half-sarcomere of vertebrate filaments, in a temporary directory of its own: Huxley heads with
+/// the parameters of examples/isometric, or heads of another model with its default parameters.
 
 #include <filesystem>
 #include <memory>
+#include <string>
 
 #include "mechanics/sarcomer_parameter.h"
 
@@ -12,10 +13,11 @@ class FixedTimeStepMC;
 class Geometry;
 class Model;
 class Sarcomer;
+class XB_Model;
 
 class BenchLattice {
  public:
-  explicit BenchLattice(unsigned n_filaments);
+  explicit BenchLattice(unsigned n_filaments, std::string const& model_name = "Huxley");
   ~BenchLattice();
 
   /// One step of 0.0005 s at constant length; the two halves can be had alone.
@@ -24,6 +26,8 @@ class BenchLattice {
   void solve();
   void output();
   unsigned n_heads() const;
+  /// One more model of that name, as the heads have it.
+  std::unique_ptr<Model> make_model() const;
 
   std::unique_ptr<Geometry> geometry;
   std::unique_ptr<Model> model;
@@ -32,6 +36,8 @@ class BenchLattice {
 
  private:
   SarcomerParameter_s parameter;
+  std::string const model_name;
+  XB_Model* law;
   std::filesystem::path home;
   std::filesystem::path directory;
 };

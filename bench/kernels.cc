@@ -1,5 +1,5 @@
 // What the parts of a time step cost: one head, the candidate search, assembly and solve, whole
-// steps.
+// steps; and what each kinetic model costs.
 
 #include <benchmark/benchmark.h>
 #include <deal.II/base/multithread_info.h>
@@ -11,6 +11,7 @@
 #include "activation/activation.h"
 #include "bench_lattice.h"
 #include "kinetics/fixed_dt_mc.h"
+#include "kinetics/model.h"
 #include "lattice/geometry.h"
 #include "mechanics/filament.h"
 #include "mechanics/sarcomer.h"
@@ -135,6 +136,52 @@ void whole_step(benchmark::State& state) {
 }
 BENCHMARK(whole_step)->Arg(10)->Arg(100)->Arg(1000)->Unit(benchmark::kMillisecond);
 
+/// The mean of all rates of a model over the strains from -10 to 10 nm.
+void rate(benchmark::State& state, std::string const& name) {
+  BenchLattice const lattice(1, name);
+  Model const& model = *lattice.model;
+  std::vector<std::pair<unsigned, unsigned>> pairs;
+  for (unsigned from = 0; from < model.n_states(); ++from) {
+    for (unsigned to = 0; to < model.n_states(); ++to) {
+      if (model.transitions[from][to] && model.get_k(0.1, from, to) > 0.0) {
+        pairs.emplace_back(from, to);
+      }
+    }
+  }
+  std::size_t i = 0;
+  for (auto _ : state) {
+    auto const& [from, to] = pairs[i % pairs.size()];
+    benchmark::DoNotOptimize(model.get_k(0.1 * static_cast<double>(i % 201) - 10.0, from, to));
+    ++i;
+  }
+}
+
+void construction(benchmark::State& state, std::string const& name) {
+  BenchLattice const lattice(1, name);
+  for (auto _ : state) benchmark::DoNotOptimize(lattice.make_model());
+}
+
+/// One step of a head, detached and bound ones as the plateau of a tetanus has them.
+void model_head_step(benchmark::State& state, std::string const& name) {
+  BenchLattice lattice(2, name);
+  for (int i = 0; i < steps_to_plateau; ++i) lattice.step();
+  for (auto _ : state) lattice.state_change();
+  state.counters["per_head"] = benchmark::Counter(
+      static_cast<double>(lattice.n_heads()) * static_cast<double>(state.iterations()),
+      benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+}
+
+void register_models() {
+  for (auto const& type : Factory<Model, ModelParameter_s>::instance().types()) {
+    std::string const name = type.first;
+    benchmark::RegisterBenchmark(("rate/" + name).c_str(), rate, name);
+    benchmark::RegisterBenchmark(("head_step/" + name).c_str(), model_head_step, name)
+        ->Unit(benchmark::kMicrosecond);
+    benchmark::RegisterBenchmark(("construction/" + name).c_str(), construction, name)
+        ->Unit(benchmark::kMillisecond);
+  }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -142,6 +189,7 @@ int main(int argc, char** argv) {
   // The program's own standard output is sent to a file; the report goes to standard error.
   std::cout.rdbuf(std::cerr.rdbuf());
   benchmark::Initialize(&argc, argv);
+  register_models();
   benchmark::RunSpecifiedBenchmarks();
   return 0;
 }

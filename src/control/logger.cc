@@ -63,6 +63,10 @@ void Logger::WriteToFile(char const* text, FILE* file, bool filtered) {
   flush_output(file, path_of(file));
 }
 
+bool Logger::Takes(int number, bool filtered) {
+  return GetFile(number) && (!filtered || in_logged_time());
+}
+
 void Logger::Write(char const* text, int number, bool filtered) {
   FILE* const file = GetFile(number);
   if (file) WriteToFile(text, file, filtered);

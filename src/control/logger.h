@@ -21,6 +21,9 @@ class Logger {
   /// Writes the text as it stands and flushes. A filtered text is written only at the time -1.0
   /// (within 1e-6) and from 0.0 to 0.5, so that long runs keep short diagnostics.
   static void WriteToFile(char const* text, FILE* file, bool filtered);
+  /// Opens the numbered file if need be; whether a text would be written to it now. Spares a caller
+  /// the making of a text that the filter drops.
+  static bool Takes(int number, bool filtered);
   /// `WriteToFile` to a numbered file; does nothing for a number without a file.
   static void Write(char const* text, int number, bool filtered);
 };

@@ -1,6 +1,5 @@
 #include "kinetics/model_6state.h"
 
-#include "elastic/XB_Models.h"
 #include "kinetics/rate_tools.h"
 #include "mechanics/filament_data.h"
 
@@ -43,18 +42,15 @@ double Model6State::reverse_rate(double x, unsigned from, unsigned to) const {
 }
 
 double Model6State::get_G(double x, unsigned state) const {
-  auto const strained = [&](double level, double extension) {
-    return level + 0.5 * xb_model->GetStiffness(x) * extension * extension;
-  };
   switch (state) {
     case 1:
-      return strained(c_1, x);
+      return strained_level(*xb_model, c_1, x, x);
     case 2:
-      return strained(c_2, x + D);
+      return strained_level(*xb_model, c_2, x, x + D);
     case 3:
-      return strained(g_3, x + D + delta);
+      return strained_level(*xb_model, g_3, x, x + D + delta);
     case 4:
-      return strained(g_3, x + D + delta) + G_ATP;
+      return strained_level(*xb_model, g_3, x, x + D + delta) + G_ATP;
     default:
       return 0.0;
   }

@@ -46,6 +46,28 @@ double saturating_binding(double c, double eta, double e) {
   return c * (1 + eta) * e / (1 + eta * e);
 }
 
+double widened_binding(XB_Model const& law, double x, double c, double eta, double multiplier,
+                       double kBT) {
+  double const scale = x > 0.0 ? multiplier * kBT : kBT;
+  return saturating_binding(c, eta, std::exp(-(law.GetEnergy(x) / scale)));
+}
+
+double strained_level(XB_Model const& law, double level, double x, double extension) {
+  return level + 0.5 * law.GetStiffness(x) * extension * extension;
+}
+
+double linear_stroke(XB_Model const& law, double x, double k_12, double x_cap, double D,
+                     double kBT) {
+  if (x < x_cap) return k_12;
+  return k_12 * std::exp(-law.GetStiffness(x) * D * (x - x_cap) / kBT);
+}
+
+double linear_adp_step(XB_Model const& law, double x, double k_adp, double D, double delta,
+                       double kBT) {
+  double const work = law.GetStiffness(x) * delta * D * (x / D + 1.0 + delta / (2 * D));
+  return k_adp * std::exp(-work / kBT);
+}
+
 double detailed_balance(double f, double G_i, double G_j, double kBT) {
   return f / std::exp((G_i - G_j) / kBT);
 }

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <functional>
 #include <string>
+#include <vector>
 
 class XB_Model;
 
@@ -14,6 +15,25 @@ class XB_Model;
 /// Law:     c e for eta = 0, else c (1 + eta) e / (1 + eta e), which is c at e = 1 too
 /// Symbols: c rate of an unstrained head, e Boltzmann factor of the strain, eta saturation above -1
 double saturating_binding(double c, double eta, double e);
+
+/// `saturating_binding` for a head whose Boltzmann factor is widened on the positive side: there
+/// the energy counts in units of multiplier kBT.
+double widened_binding(XB_Model const& law, double x, double c, double eta, double multiplier,
+                       double kBT);
+
+/// Free energy of a state whose spring has the extension `extension` at strain x and counts as
+/// linear around x: level + K(x) extension^2/2.
+double strained_level(XB_Model const& law, double level, double x, double extension);
+
+/// Stroke of a spring that counts as linear around the strain x: k_12 below x_cap, from there on
+/// k_12 exp(-K(x) D (x - x_cap)/kBT).
+double linear_stroke(XB_Model const& law, double x, double k_12, double x_cap, double D,
+                     double kBT);
+
+/// ADP release that moves the lever on by delta: k_adp exp(-W/kBT) with the work
+/// W = K(x) ((x + D + delta)^2 - (x + D)^2)/2 of a spring that counts as linear around x.
+double linear_adp_step(XB_Model const& law, double x, double k_adp, double D, double delta,
+                       double kBT);
 
 /// Reverse rate of j to i by detailed balance.
 ///
@@ -40,6 +60,15 @@ double threshold_strain(XB_Model const& law, double D, double kBT, double k_12, 
 /// that never falls off ends the run.
 double binding_overlap_factor(std::function<double(double)> const& rate, double kd,
                               std::string const& model);
+
+/// Makes the stepper consider the pairs whose kind of transition is not 0.
+template <std::size_t n>
+void set_transitions(std::array<std::array<unsigned, n>, n> const& rate_type,
+                     std::vector<std::vector<bool>>& transitions) {
+  for (unsigned from = 0; from < n; ++from) {
+    for (unsigned to = 0; to < n; ++to) transitions[from][to] = rate_type[from][to] != 0;
+  }
+}
 
 /// Lists the constants of a Duke-like cycle under `heading`: k_adp, D, kBT, dGStroke, c_1, c_2,
 /// c_3, c_4, k_12, k_21_cap, delta, eta.

@@ -31,7 +31,6 @@ Filament::Filament(Geometry const& lattice, Model const& slow, Model const& fast
     geometry->get_fibre_stiffness(fibre, e, a);
     chains.emplace_back(data.attached, data.x[fibre], data.u[fibre], e, a);
   }
-  mesh_nodes.resize(n);
   proteinC_enabled = geometry->proteinC_enabled;
 }
 
@@ -177,7 +176,9 @@ double Filament::titin_strain() const {
 // The filament's share of the system
 
 int faxb_create_sparsity(unsigned i, unsigned j, dealii::DynamicSparsityPattern& pattern, double) {
-  add_spring(pattern, i, j);
+  // The chains have entered the diagonal.
+  pattern.add(i, j);
+  pattern.add(j, i);
   return 0;
 }
 
@@ -195,8 +196,12 @@ int Filament::create_sparsity(dealii::DynamicSparsityPattern& pattern) {
 
 int Filament::create_matrix(dealii::SparseMatrix<double>& matrix,
                             dealii::Vector<double>& rhs) const {
+  create_matrix(matrix);
+  return create_rhs(rhs);
+}
+
+int Filament::create_matrix(dealii::SparseMatrix<double>& matrix) const {
   do_for_all(fa_create_matrix, matrix, offset);
-  create_rhs(rhs);
   do_for_all_xb(faxb_create_matrix, matrix);
   if (has_titin()) {
     // The rest value: titin enters the iteration with a constant stiffness.
@@ -223,34 +228,14 @@ int Filament::create_rhs(dealii::Vector<double>& rhs) const {
 
 // The solution's way back
 
-int Filament::interpolate(dealii::Vector<double> const& solution) {
+void Filament::correct(dealii::Vector<double> const& solution) {
   do_for_all(fa_interpolate, solution, offset);
-  InterpolateDisplacements();
-  for (std::size_t fibre = 0; fibre < data.x.size(); ++fibre) {
-    data.position[fibre] = data.x[fibre];
-    data.position[fibre] += data.u[fibre];
-  }
-  return 0;
 }
 
 void Filament::InterpolateDisplacements() {
-  for (auto& nodes : mesh_nodes) nodes.assign(1, 0);
-  for (MyosinHead_s const* head : data.attached) {
-    mesh_nodes[0].push_back(head->node);
-    mesh_nodes[head->actin_fibre].push_back(head->actin_site);
-  }
-  for (std::size_t fibre = 0; fibre < mesh_nodes.size(); ++fibre) {
-    auto& nodes = mesh_nodes[fibre];
-    auto& u = data.u[fibre];
-    nodes.push_back(static_cast<unsigned>(u.size()) - 1);
-    std::sort(nodes.begin(), nodes.end());
-    for (std::size_t i = 1; i < nodes.size(); ++i) {
-      unsigned const a = nodes[i - 1];
-      unsigned const b = nodes[i];
-      if (b - a < 2) continue;
-      double const slope = (u[b] - u[a]) / (b - a);
-      for (unsigned m = 1; m < b - a; ++m) u[a + m] = u[a] + m * slope;
-    }
+  for (FilamentFEM& chain : chains) chain.straighten();
+  for (std::size_t fibre = 0; fibre < data.x.size(); ++fibre) {
+    data.position[fibre] = data.x[fibre] + data.u[fibre];
   }
 }
 

@@ -11,7 +11,7 @@
 /// its place in the mesh and carries nothing.
 ///
 /// Call order in a step: `state_change`; `prepare_nodes`, `set_offset`, `create_sparsity`; then any
-/// number of `create_matrix` and `interpolate`.
+/// number of `create_matrix` and `correct`; `InterpolateDisplacements`.
 
 #include <iosfwd>
 #include <memory>
@@ -94,11 +94,13 @@ class Filament {
   int create_sparsity(dealii::DynamicSparsityPattern& pattern);
   /// Adds the stiffness of chains, bonds and titin to the matrix, and the present forces to `rhs`.
   int create_matrix(dealii::SparseMatrix<double>& matrix, dealii::Vector<double>& rhs) const;
+  int create_matrix(dealii::SparseMatrix<double>& matrix) const;
   int create_rhs(dealii::Vector<double>& rhs) const;
 
-  /// Adds a correction to the displacements, makes the fibres straight between degrees of freedom,
-  /// and renews `position`. Returns 0.
-  int interpolate(dealii::Vector<double> const& solution);
+  /// Adds a correction to the displacements at the degrees of freedom; all that forces depend on.
+  void correct(dealii::Vector<double> const& solution);
+  /// Makes the fibres straight between degrees of freedom and renews `position`.
+  void InterpolateDisplacements();
 
   void write_displacement(std::ostream& stream) const;
   /// Writes the number, then strain, stiffness and force of every head of `attached`.
@@ -113,7 +115,6 @@ class Filament {
   std::vector<int> activation_states;
 
  private:
-  void InterpolateDisplacements();
   bool has_titin() const;
   double titin_strain() const;
 
@@ -128,7 +129,6 @@ class Filament {
   std::vector<unsigned> fibre_offsets;
   std::vector<std::pair<unsigned, unsigned>> bond_dofs;  ///< myosin and actin, in `attached` order
   std::vector<BindingSite_s> candidates;                 ///< work space of `state_change`
-  std::vector<std::vector<unsigned>> mesh_nodes;  ///< work space of `InterpolateDisplacements`
 };
 
 int faxb_create_sparsity(unsigned i, unsigned j, dealii::DynamicSparsityPattern& pattern, double);

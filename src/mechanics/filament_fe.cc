@@ -17,7 +17,8 @@ FilamentFEM::FilamentFEM(std::vector<MyosinHead_s*> const& attached_heads,
 void FilamentFEM::prepare_nodes(unsigned fibre) {
   mesh.clear();
   dofs.clear();
-  auto const insert = [this](unsigned node) { mesh.insert({node, x[node]}); };
+  // Heads come nearly in the order of their nodes, so the end is a good hint.
+  auto const insert = [this](unsigned node) { mesh.insert(mesh.end(), {node, x[node]}); };
   insert(0);
   for (MyosinHead_s const* head : attached) {
     if (fibre == 0) {
@@ -28,7 +29,7 @@ void FilamentFEM::prepare_nodes(unsigned fibre) {
   }
   insert(get_raw_nodes() - 1);
   unsigned number = 0;
-  for (auto const& node : mesh) dofs.emplace(node.first, number++);
+  for (auto const& node : mesh) dofs.emplace_hint(dofs.end(), node.first, number++);
 }
 
 unsigned FilamentFEM::get_local_dof(unsigned node) const {
@@ -48,8 +49,12 @@ void FilamentFEM::create_sparsity(dealii::DynamicSparsityPattern& pattern, unsig
   if (dofs.empty()) return;
   bnd_dof[0] = offset + dofs.begin()->second;
   bnd_dof[1] = offset + dofs.rbegin()->second;
-  for_each_element(offset,
-                   [&](unsigned, unsigned, unsigned i, unsigned j) { add_spring(pattern, i, j); });
+  // Row by row: a spring at a time would make every row grow three times.
+  unsigned const last = n_dofs() - 1;
+  for (unsigned i = 0; i <= last; ++i) {
+    unsigned const row[] = {offset + i - 1, offset + i, offset + i + 1};
+    pattern.add_entries(offset + i, row + (i == 0 ? 1 : 0), row + (i == last ? 2 : 3), true);
+  }
 }
 
 void FilamentFEM::create_matrix(dealii::SparseMatrix<double>& matrix, unsigned offset) const {
@@ -78,6 +83,15 @@ void FilamentFEM::interpolate_displacement(dealii::Vector<double> const& solutio
   for (auto const& dof : dofs) u[dof.first] += solution[offset + dof.second];
 }
 
+void FilamentFEM::straighten() {
+  for (auto first = dofs.begin(), second = first + 1; second != dofs.end(); ++first, ++second) {
+    unsigned const from = first->first;
+    unsigned const span = second->first - from;
+    double const slope = (u[from + span] - u[from]) / span;
+    for (unsigned m = 1; m < span; ++m) u[from + m] = u[from] + m * slope;
+  }
+}
+
 void add_spring(dealii::DynamicSparsityPattern& pattern, unsigned i, unsigned j) {
   pattern.add(i, i);
   pattern.add(i, j);
@@ -87,16 +101,17 @@ void add_spring(dealii::DynamicSparsityPattern& pattern, unsigned i, unsigned j)
 
 void add_spring(dealii::SparseMatrix<double>& matrix, unsigned i, unsigned j, double k) {
   if (k == 0.0) return;
-  dealii::SparsityPattern const& pattern = matrix.get_sparsity_pattern();
   auto const add = [&](unsigned row, unsigned column, double value) {
-    auto const place = pattern(row, column);
-    if (place == dealii::SparsityPattern::invalid_entry) return;
-    dealii::SparseMatrix<double>::iterator(&matrix, place)->value() += value;
+    // Rows are short: walking one is quicker than a search.
+    auto const end = matrix.end(row);
+    auto place = matrix.begin(row);
+    while (place != end && place->column() != column) ++place;
+    if (place != end) place->value() += value;
   };
-  add(i, i, k);
+  matrix.diag_element(i) += k;
   add(i, j, -k);
   add(j, i, -k);
-  add(j, j, k);
+  matrix.diag_element(j) += k;
 }
 
 int fa_count_dofs(FilamentFEM const& chain, unsigned& sum, unsigned) {

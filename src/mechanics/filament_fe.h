@@ -56,6 +56,8 @@ class FilamentFEM {
   void create_rhs(dealii::Vector<double>& rhs, unsigned offset) const;
   /// Adds a correction to `u` at the nodes with a degree of freedom.
   void interpolate_displacement(dealii::Vector<double> const& solution, unsigned offset);
+  /// Makes `u` linear in the node number between nodes with a degree of freedom.
+  void straighten();
 
  private:
   template <class Action>

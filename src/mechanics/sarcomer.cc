@@ -166,15 +166,26 @@ void Sarcomer::see_create_sparsity(dealii::DynamicSparsityPattern& pattern, unsi
 }
 
 void Sarcomer::see_create_matrix(Matrix& matrix, Vector& rhs) {
+  see_create_matrix(matrix);
+  see_create_rhs(rhs);
+}
+
+void Sarcomer::see_create_matrix(Matrix& matrix) {
+  auto const N = static_cast<double>(filaments.size());
+  double const c = geometry->see_damping_factor;
+  unsigned const a = filaments.front()->get_bnd_dof(1, 1);
+  double const k = see_model->GetStiffness(see_extension());
+  add_spring(matrix, a, see_dof, (c / currentTimeStep + k) * N);
+}
+
+void Sarcomer::see_create_rhs(Vector& rhs) {
   auto const N = static_cast<double>(filaments.size());
   double const dt = currentTimeStep;
   double const c = geometry->see_damping_factor;
-  unsigned const a = filaments.front()->get_bnd_dof(1, 1);
-  double const x = see_displacement - get_last_actin_displacement();
+  double const x = see_extension();
   double const see_force = see_model->GetForce(x);
-  add_spring(matrix, a, see_dof, (c / dt + see_model->GetStiffness(x)) * N);
   double const R = ((x - see_extension_old) * c / dt + see_force) * N;
-  rhs[a] += R;
+  rhs[filaments.front()->get_bnd_dof(1, 1)] += R;
   rhs[see_dof] -= R;
   if (!see_velocity_file.get()) see_velocity_file = OutputFile("SEE_velocity.csv", "a");
   std::fprintf(see_velocity_file.get(), "%lf,%lf,%lf\n", timeForAll, see_force,

@@ -76,6 +76,9 @@ class Sarcomer {
   int assemble_and_solve(double time, bool update);
   void see_create_sparsity(dealii::DynamicSparsityPattern& pattern, unsigned n_dofs);
   void see_create_matrix(Matrix& matrix, Vector& rhs);
+  void see_create_matrix(Matrix& matrix);
+  /// Adds the SEE's present force and writes a row of "SEE_velocity.csv".
+  void see_create_rhs(Vector& rhs);
 
   // Results
 
@@ -134,15 +137,17 @@ class Sarcomer {
   void join_thick_end(Place const& place, unsigned d, Constraints& constraints);
   void join_actin_end(Place const& place, unsigned d, bool is_master, Constraints& constraints);
   unsigned number_dofs();
-  void assemble(System& system);
+  void assemble_matrix(System& system);
+  void assemble_rhs(System& system);
   void solve_pass(System& system, DirectSolver& solver, Vector& du) const;
   void hold_ends(System& system);
   void log_pass(System const& system, Vector const& du, int pass) const;
   void log_measures(Measures const& measures) const;
   bool is_balanced(Measures const& measures) const;
-  void write_stiffness(double time, System const& system, Vector const& correction);
+  void write_stiffness(double time, System& system, Vector const& correction);
   [[noreturn]] void stop_without_convergence(Measures const& measures) const;
   void refuse_floating(System const& system) const;
+  double see_extension() const { return see_displacement - get_last_actin_displacement(); }
   std::string at_step() const;
   std::string place_of(unsigned dof) const;
 

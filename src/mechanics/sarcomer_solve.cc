@@ -61,12 +61,20 @@ class Connections {
 
 /// The linear system of one call.
 struct Sarcomer::System {
-  explicit System(unsigned n_dofs) : n(n_dofs), rhs(n_dofs), load(n_dofs), unused(n_dofs) {}
+  explicit System(unsigned n_dofs) : n(n_dofs), rhs(n_dofs), unused(n_dofs) {}
 
   void condense_and_hold() {
     constraints.condense(matrix);
     constraints.condense(rhs);
     dealii::MatrixTools::apply_boundary_values(values, matrix, unused, rhs, true);
+  }
+
+  /// The right-hand side alone, once no held end has a step to take any more: the measures need no
+  /// matrix, and most calls need none after their last pass.
+  Vector const& hold_rhs() {
+    constraints.condense(rhs);
+    for (auto const& held : values) rhs[held.first] = 0.0;
+    return rhs;
   }
 
   unsigned const n;
@@ -110,23 +118,23 @@ int Sarcomer::assemble_and_solve(double time, bool update) {
     stop_with_message("Prescribed Force : NO CROSSBRIDGES -> displacement = inf",
                       "no head is bound" + at_step() + "; begin with a row of length control");
   }
-  assemble(system);
+  assemble_matrix(system);
+  assemble_rhs(system);
   refuse_floating(system);
   system.condense_and_hold();
 
   DirectSolver solver;
-  Vector du(system.n);
-  Vector unapplied(system.n);
+  Vector du;
+  Vector unapplied(update ? 0 : system.n);
   for (int pass = 1;; ++pass) {
     solve_pass(system, solver, du);
     if (update) {
       see_displacement += du[see_dof];
-      for (auto const& filament : filaments) filament->interpolate(du);
+      for (auto const& filament : filaments) filament->correct(du);
     }
     system.rhs = system.load;
     if (pass == 1 && is_displacement_mode()) hold_ends(system);
-    system.matrix = 0.0;
-    assemble(system);
+    assemble_rhs(system);
     log_pass(system, du, pass);
     if (update) {
       CalculateResults(du, system.rhs);
@@ -134,12 +142,16 @@ int Sarcomer::assemble_and_solve(double time, bool update) {
       unapplied += du;
       write_stiffness(time, system, unapplied);
     }
-    system.condense_and_hold();
-    Measures const measures(du, system.rhs);
+    Measures const measures(du, system.hold_rhs());
     log_measures(measures);
     if (pass == most_passes) stop_without_convergence(measures);
-    if (is_balanced(measures)) return 1;
+    if (is_balanced(measures)) break;
+    assemble_matrix(system);
+    system.condense_and_hold();
   }
+  if (!update) return 1;
+  for (auto const& filament : filaments) filament->InterpolateDisplacements();
+  return 1;
 }
 
 unsigned Sarcomer::number_dofs() {
@@ -168,9 +180,15 @@ void Sarcomer::create_boundary(System& system) {
   }
 }
 
-void Sarcomer::assemble(System& system) {
-  for (auto const& filament : filaments) filament->create_matrix(system.matrix, system.rhs);
-  see_create_matrix(system.matrix, system.rhs);
+void Sarcomer::assemble_matrix(System& system) {
+  system.matrix = 0.0;
+  for (auto const& filament : filaments) filament->create_matrix(system.matrix);
+  see_create_matrix(system.matrix);
+}
+
+void Sarcomer::assemble_rhs(System& system) {
+  for (auto const& filament : filaments) filament->create_rhs(system.rhs);
+  see_create_rhs(system.rhs);
   for (unsigned i = 0; i < system.n; ++i) {
     if (std::isfinite(system.rhs[i])) continue;
     stop("the force on " + place_of(i) + at_step() + " is " + shown(system.rhs[i]) +
@@ -188,7 +206,8 @@ void Sarcomer::solve_pass(System& system, DirectSolver& solver, Vector& du) cons
 
 /// What the lattice would answer to a correction that is not applied: displacements with it, and
 /// the out-of-balance forces that it leaves in the linearised system.
-void Sarcomer::write_stiffness(double time, System const& system, Vector const& correction) {
+void Sarcomer::write_stiffness(double time, System& system, Vector const& correction) {
+  assemble_matrix(system);
   Vector displacement = correction;
   for (auto const& filament : filaments) {
     displacement[filament->get_bnd_dof(1, 1)] += filament->get_last_actin_displacement();
@@ -233,6 +252,7 @@ std::string Sarcomer::at_step() const {
 }
 
 void Sarcomer::log_pass(System const& system, Vector const& du, int pass) const {
+  if (!Logger::Takes(convergence_log, true)) return;
   unsigned const d0 = filaments.front()->get_bnd_dof(0, 0);
   unsigned const d1 = filaments.front()->get_bnd_dof(1, 1);
   double S = 0.0;
@@ -247,6 +267,7 @@ void Sarcomer::log_pass(System const& system, Vector const& du, int pass) const 
 }
 
 void Sarcomer::log_measures(Measures const& m) const {
+  if (!Logger::Takes(convergence_log, true)) return;
   char text[2048];
   std::snprintf(text, sizeof text, ",%lf,%u,%lf,%u,%lf\n", m.max_rhs.value, m.max_rhs.index,
                 m.max_du.value, m.max_du.index, get_last_actin_displacement());
@@ -256,6 +277,10 @@ void Sarcomer::log_measures(Measures const& m) const {
 /// A part that no stiffness or constraint joins to a held end has no determined place, and a
 /// factorisation may hide that behind rounding.
 void Sarcomer::refuse_floating(System const& system) const {
+  // A half-sarcomere's thin filaments are tied together and its thick ones held; under length
+  // control the series elastic element holds the former.
+  unsigned const inner = filaments.front()->get_bnd_dof(1, 1);
+  if (boundary_mode == 0 && system.matrix.el(inner, see_dof) != 0.0) return;
   Connections connections(system.n + 1);
   unsigned const ground = system.n;
   for (auto const& value : system.values) {

@@ -28,7 +28,9 @@ def lay_over(source: Path, directory: Path) -> None:
             shutil.copy(file, directory)
 
 
-def run(program: Path, directory: Path) -> subprocess.CompletedProcess[str]:
+def run(
+    program: Path, directory: Path, user: int | None = None
+) -> subprocess.CompletedProcess[str]:
     """Runs the program to its end."""
     return subprocess.run(
         [str(program.resolve())],
@@ -38,4 +40,5 @@ def run(program: Path, directory: Path) -> subprocess.CompletedProcess[str]:
         text=True,
         errors="replace",
         check=False,
+        user=user,
     )

@@ -18,10 +18,13 @@
 #include "elastic/XB_Models.h"
 #include "elastic/XB_StiffnessFunction.h"
 #include "elastic/XB_TwoPartSigmoidalStiffness.h"
+#include "kinetics/model_brek_atpase_fiber.h"
 #include "kinetics/model_duke.h"
 #include "kinetics/model_dukeMyBPC.h"
 #include "kinetics/model_huxley.h"
 #include "kinetics/model_huxleyMyBPC.h"
+#include "kinetics/model_rombel.h"
+#include "kinetics/model_vorn.h"
 #include "lattice/geometry_vertebrae.h"
 
 namespace {
@@ -73,10 +76,13 @@ TEST(ParameterDocs, NameEveryKeyWithItsDefaultAndNoOther) {
       {"simulation.md", declared<SimParameter>()},
       {"numeric_mc.md", declared<McModelParameters>()},
       {"geom_vertebrae.md", declared<GeometryVertebrae>()},
+      {"model_brek_atpase_fiber.md", declared<ModelBrekAtpaseFiber>()},
       {"model_duke.md", declared<ModelDuke>()},
       {"model_dukeMyBPC.md", declared<ModelDukeMyBPC>()},
       {"model_huxley.md", declared<ModelHuxley>()},
       {"model_huxleyMyBPC.md", declared<ModelHuxleyMyBPC>()},
+      {"model_rombel.md", declared<ModelRombel>()},
+      {"model_vorn.md", declared<ModelVorn>()},
       {"ConstantStiffness.md", declared<XB_ConstantStiffness>()},
       {"SigmoidalStiffness.md", declared<XB_SigmoidalStiffness>()},
       {"StiffnessFunction.md", declared<XB_StiffnessFunction>()},

@@ -80,10 +80,9 @@ struct SiteScheme {
 };
 
 SiteScheme const site_schemes[] = {
-    {"Huxley", "01", "", "10", false},
-    {"HuxleyMyBPC", "01", "", "10", false},
-    {"Duke", "01", "12", "10 20 21", true},
-    {"DukeMyBPC", "01", "12", "10 20 21", true},
+    {"Huxley", "01", "", "10", false},        {"HuxleyMyBPC", "01", "", "10", false},
+    {"Duke", "01", "12", "10 20 21", true},   {"DukeMyBPC", "01", "12", "10 20 21", true},
+    {"Rombel", "01", "12", "10 20 21", true}, {"Vorn", "01", "12", "10 21 34", true},
 };
 
 TEST(KineticModels, SiteFactorsStandOnTheirTransitionsAlone) {
@@ -119,7 +118,7 @@ constexpr double kBT = 4.14;
 
 double spring_energy(double x) { return 0.5 * stiffness * x * x / kBT; }
 
-/// Pairs that balance, forward first. States from n on are the ends of cycles.
+/// Pairs that balance, forward first. States from n on are ends of cycles: n stands for state 0.
 struct Balance {
   char const* model;
   std::vector<std::pair<unsigned, unsigned>> pairs;
@@ -135,13 +134,37 @@ Balance const balances[] = {
                        : -3.63 - 15.0 + spring_energy(x + 10.5);
      }},
     {"DukeMyBPC", {{0, 1}}, [](unsigned s, double x) { return s * (-3.63 + spring_energy(x)); }},
+    {"Rombel",
+     {{0, 1}, {1, 2}, {2, 3}},
+     [](unsigned s, double x) {
+       return s == 0   ? 0.0
+              : s == 1 ? -4.3 + spring_energy(x)
+              : s == 2 ? -4.3 - 6.423 + spring_energy(x + 7.0)
+                       : -24.155;
+     }},
+    {"Vorn",
+     {{0, 1}, {1, 2}, {2, 3}},
+     [](unsigned s, double x) {
+       return s == 0   ? 0.0
+              : s == 1 ? -3.63 + spring_energy(x)
+              : s == 2 ? -3.63 - 15.0 + spring_energy(x + 10.5)
+                       : -3.63 - 15.0 - 24.0 + spring_energy(x + 11.5);
+     }},
+    {"BrekAtpaseFiber",
+     {{0, 1}, {1, 2}, {2, 3}},
+     [](unsigned s, double x) {
+       return s == 0   ? 0.0
+              : s == 1 ? -3.63 + spring_energy(x)
+              : s == 2 ? -3.63 - 13.96 + spring_energy(x + 10.5)
+                       : -3.63 - 13.96 - 24.0 + spring_energy(x + 11.5);
+     }},
 };
 
 TEST(KineticModels, ForwardOverReverseIsTheExponentialOfTheFreeEnergyDifference) {
   for (Balance const& balance : balances) {
     auto const model = make_model(balance.model, stiffness);
     for (auto const& [from, to] : balance.pairs) {
-      for (double const x : {-4.0, -2.1, -0.4, 0.0, 0.2, 1.7, 3.0}) {
+      for (double const x : {-4.0, -2.1, -0.4, 0.1, 0.3, 1.7, 3.0}) {
         unsigned const n = model->n_states();
         double const ratio = model->get_k(x, from % n, to % n) / model->get_k(x, to % n, from % n);
         double const difference = balance.G(from, x) - balance.G(to, x);
@@ -161,6 +184,8 @@ struct Cap {
 
 Cap const caps[] = {
     {"Duke", 15.0, 1000.0, 100.0},
+    {"Vorn", 15.0, 1000.0, 100.0},
+    {"BrekAtpaseFiber", 13.96, 10000.0, 1000.0},
 };
 
 TEST(KineticModels, ReverseStrokeMeetsItsCapWhereTheStrokeBeginsToFall) {
@@ -183,7 +208,8 @@ TEST(KineticModels, ReverseStrokeMeetsItsCapWhereTheStrokeBeginsToFall) {
 }
 
 /// Models that rescale binding, and whether the reverse rate keeps its constant as read.
-std::vector<std::pair<char const*, bool>> const rescaled = {{"Duke", false}, {"DukeMyBPC", false}};
+std::vector<std::pair<char const*, bool>> const rescaled = {
+    {"Duke", false}, {"DukeMyBPC", false}, {"Vorn", true}, {"BrekAtpaseFiber", true}};
 
 TEST(KineticModels, BindingIsRescaledOnlyWhereAHeadReachesSeveralSites) {
   for (auto const& [name, reverse_as_read] : rescaled) {
@@ -194,6 +220,21 @@ TEST(KineticModels, BindingIsRescaledOnlyWhereAHeadReachesSeveralSites) {
     double const reverse = soft->get_k(0.0, 1, 0) / as_read;
     double const factor = soft->get_k(0.0, 0, 1) / 170.0;
     EXPECT_NEAR(reverse, reverse_as_read ? 1.0 : factor, 1e-12) << name;
+  }
+}
+
+/// The longer cycles take a linear spring for granted; on one, their front is Duke's cycle.
+TEST(KineticModels, LongerCyclesBeginAsDukesOnALinearSpring) {
+  auto const duke = make_model("Duke", 1.25);
+  write_parameters("BrekAtpaseFiber.prm", "brek_atpase_fiber",
+                   {"GStroke = 15", "k_12 = 1000", "k_21_cap = 100"});  // the others' defaults
+  for (char const* const name : {"Vorn", "BrekAtpaseFiber"}) {
+    auto const model = make_model(name, 1.25);
+    for (double x = -12.0; x < 8.0; x += 0.7) {
+      EXPECT_NEAR(model->get_k(x, 0, 1) / duke->get_k(x, 0, 1), 1.0, 1e-12) << name;
+      EXPECT_NEAR(model->get_k(x, 1, 2) / duke->get_k(x, 1, 2), 1.0, 1e-11) << name;
+      EXPECT_NEAR(model->get_k(x, 2, 3) / duke->get_k(x, 2, 0), 1.0, 1e-11) << name;
+    }
   }
 }
 

@@ -86,14 +86,16 @@ TEST(Filament, SolutionComesBackStraightInTheNodeIndex) {
   dealii::Vector<double> solution(10);  // 0, 4, 5, 6 | 0, 19 | 0, 2, 8, 19
   double const values[] = {0, 8, 8.5, 7, 1, 20, 0.5, 4.5, 1.5, 12.5};
   std::copy(values, values + 10, solution.begin());
-  filament.interpolate(solution);
+  filament.correct(solution);
+  filament.InterpolateDisplacements();
   for (unsigned i = 0; i <= 4; ++i) EXPECT_DOUBLE_EQ(u[0][i], 2.0 * i);  // though 20 nm, then 10
   EXPECT_DOUBLE_EQ(u[0][6], 7.0);
   for (unsigned i = 0; i < 20; ++i) EXPECT_DOUBLE_EQ(u[1][i], 1.0 + i);
   for (unsigned i = 2; i <= 8; ++i) EXPECT_DOUBLE_EQ(u[2][i], 4.5 - 0.5 * (i - 2));
   for (unsigned i = 8; i < 20; ++i) EXPECT_DOUBLE_EQ(u[2][i], 1.5 + i - 8);
   EXPECT_DOUBLE_EQ(filament.get_last_actin_displacement(), 20.0);
-  filament.interpolate(solution);  // adds
+  filament.correct(solution);  // adds
+  filament.InterpolateDisplacements();
   EXPECT_DOUBLE_EQ(u[2][6], 5.0);
   for (unsigned fibre = 0; fibre < 3; ++fibre) {
     for (unsigned i = 0; i < u[fibre].size(); ++i) {
@@ -190,13 +192,13 @@ TEST(Filament, MatrixIsTheDerivativeOfTheForces) {
   for (unsigned j = 0; j < present.n; ++j) {
     dealii::Vector<double> shift(present.n), below(present.n), above(present.n);
     shift[j] = h;
-    filament.interpolate(shift);
+    filament.correct(shift);
     filament.create_rhs(above);
     shift[j] = -2.0 * h;
-    filament.interpolate(shift);
+    filament.correct(shift);
     filament.create_rhs(below);
     shift[j] = h;
-    filament.interpolate(shift);
+    filament.correct(shift);
     for (unsigned i = 0; i < present.n; ++i) {
       EXPECT_NEAR(present.matrix.el(i, j), (below[i] - above[i]) / (2.0 * h), 1e-6)
           << i << ' ' << j;
