@@ -1,10 +1,10 @@
 #!/usr/bin/python3
-"""Steady force over calcium: one run of tavelo per level, a Hill curve through their forces, a picture.
+"""Steady force over calcium: a run of tavelo per level, a Hill curve through the forces, a picture.
 
     ./run_force_pca.py [--program PROGRAM] [--out FOLDER] [--levels PCA...] [--seconds T]
 
-Each level runs in a folder of its own under FOLDER (default force_pca-out in the present directory), with
-the input files that stand beside this script. FOLDER then also holds force_pca.csv and force_pca.png.
+Each level runs in a folder of its own under FOLDER (by default force_pca-out, here), with the input
+files beside this script. FOLDER then also holds force_pca.csv and force_pca.png.
 """
 
 import argparse
@@ -25,8 +25,8 @@ from scipy.optimize import curve_fit  # noqa: E402
 
 HERE = Path(__file__).resolve().parent
 BUILT = HERE.parents[1] / "build" / "release" / "tavelo"
-LEVELS = (7.0, 6.6, 6.4, 6.2, 6.1, 6.0, 5.9, 5.8, 5.6, 5.3, 5.0, 4.5)
-SECONDS = 0.7
+LEVELS = (7.0, 6.6, 6.4, 6.2, 6.0, 5.9, 5.8, 5.6, 5.3, 5.0, 4.5)
+SECONDS = 0.6
 STEP = 0.0001
 MEASURED = 0.4  # the last share of a run, in which force is steady
 BLOCKS = 4
@@ -44,8 +44,10 @@ def fit(pca, force) -> tuple[np.ndarray, np.ndarray]:
     return best, np.sqrt(np.diag(covariance))
 
 
-def run_level(program: Path, folder: Path, pca: float, seconds: float) -> tuple[float, float, float]:
-    """Runs one level: mean force, its standard error from blocks of time, mean number of bound heads."""
+def run_level(
+    program: Path, folder: Path, pca: float, seconds: float
+) -> tuple[float, float, float]:
+    """Runs one level: mean force, its standard error from blocks of time, mean of bound heads."""
     folder.mkdir(parents=True)
     for file in HERE.glob("*.prm"):
         shutil.copy(file, folder)
@@ -95,13 +97,16 @@ def read_arguments() -> argparse.Namespace:
 
 def main() -> int:
     arguments = read_arguments()
-    if not shutil.which(arguments.program):
-        print(f"run_force_pca: no program {arguments.program}; name it by --program", file=sys.stderr)
+    found = shutil.which(arguments.program)
+    if not found:
+        print(f"run_force_pca: no program {arguments.program}; name one by --program",
+              file=sys.stderr)
         return 1
     if arguments.out.exists():
-        print(f"run_force_pca: {arguments.out} is there already; name a new folder by --out", file=sys.stderr)
+        print(f"run_force_pca: {arguments.out} is there already; name another by --out",
+              file=sys.stderr)
         return 1
-    program = Path(shutil.which(arguments.program)).resolve()
+    program = Path(found).resolve()
 
     def measure(pca: float) -> tuple[float, float, float]:
         return run_level(program, arguments.out / f"pCa_{pca}", pca, arguments.seconds)
@@ -115,8 +120,8 @@ def main() -> int:
     best = None
     try:
         best, error = fit(table["pCa"], table["Force"])
-        print(f"highest force {best[0]:.0f} +- {error[0]:.0f} pN, half of it at pCa {best[1]:.2f} +- "
-              f"{error[1]:.2f}, Hill coefficient {best[2]:.2f} +- {error[2]:.2f}")
+        print(f"highest force {best[0]:.0f} +- {error[0]:.0f} pN, half of it at pCa "
+              f"{best[1]:.2f} +- {error[1]:.2f}, Hill coefficient {best[2]:.2f} +- {error[2]:.2f}")
     except (RuntimeError, TypeError, ValueError) as problem:
         print(f"run_force_pca: no Hill curve fits: {problem}", file=sys.stderr)
     draw(table, best, arguments.out / "force_pca.png")
