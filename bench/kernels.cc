@@ -7,6 +7,7 @@
 #include <iostream>
 
 #include "bench_lattice.h"
+#include "elastic/XB_Models.h"
 #include "kinetics/fixed_dt_mc.h"
 #include "kinetics/model.h"
 #include "lattice/geometry.h"
@@ -146,6 +147,12 @@ void register_models() {
         ->Unit(benchmark::kMillisecond);
   }
 }
+
+/// The table that the nine-state model asks of its law, once in a run.
+void integral_table(benchmark::State& state) {
+  for (auto _ : state) XB_ConstantStiffness("").GetIntegralFunction();
+}
+BENCHMARK(integral_table)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 

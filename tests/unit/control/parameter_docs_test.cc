@@ -20,6 +20,7 @@
 #include "kinetics/model_huxleyMyBPC.h"
 #include "kinetics/model_rombel.h"
 #include "kinetics/model_vorn.h"
+#include "kinetics/model_tolen9_C3.h"
 #include "lattice/geometry_vertebrae.h"
 
 namespace {
@@ -78,6 +79,7 @@ TEST(ParameterDocs, NameEveryKeyWithItsDefaultAndNoOther) {
       {"model_huxleyMyBPC.md", declared<ModelHuxleyMyBPC>()},
       {"model_rombel.md", declared<ModelRombel>()},
       {"model_vorn.md", declared<ModelVorn>()},
+      {"model_tolen9_C3.md", declared<ModelTolen9_C3>()},
       {"ConstantStiffness.md", declared<XB_ConstantStiffness>()},
       {"SigmoidalStiffness.md", declared<XB_SigmoidalStiffness>()},
       {"StiffnessFunction.md", declared<XB_StiffnessFunction>()},
