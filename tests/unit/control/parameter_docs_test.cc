@@ -19,8 +19,8 @@
 #include "kinetics/model_huxley.h"
 #include "kinetics/model_huxleyMyBPC.h"
 #include "kinetics/model_rombel.h"
-#include "kinetics/model_vorn.h"
 #include "kinetics/model_tolen9_C3.h"
+#include "kinetics/model_vorn.h"
 #include "lattice/geometry_vertebrae.h"
 
 namespace {
