@@ -11,6 +11,7 @@
 #include "activation/activation_2s.h"
 #include "activation/ca_activation_3x2s.h"
 #include "activation/ca_activation_3x3s.h"
+#include "activation/fchain_model.h"
 #include "activation/kb_activation_extensible.h"
 #include "activation/kb_activation_rigid.h"
 #include "control/mcModelParameters.h"
@@ -83,6 +84,7 @@ TEST(ParameterDocs, NameEveryKeyWithItsDefaultAndNoOther) {
       {"model_huxleyMyBPC.md", declared<ModelHuxleyMyBPC>()},
       {"model_rombel.md", declared<ModelRombel>()},
       {"model_vorn.md", declared<ModelVorn>()},
+      {"mg_old.md", declared<FChainModel>()},
       {"ConstantStiffness.md", declared<XB_ConstantStiffness>()},
       {"SigmoidalStiffness.md", declared<XB_SigmoidalStiffness>()},
       {"StiffnessFunction.md", declared<XB_StiffnessFunction>()},
