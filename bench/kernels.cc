@@ -114,6 +114,37 @@ void state_change(benchmark::State& state) {
 }
 BENCHMARK(state_change)->Unit(benchmark::kMicrosecond);
 
+/// Flexible chains on the bound heads of the plateau, at a calcium concentration [M]. With Huxley
+/// heads, all of them weakly bound, every part of the chain's work is due.
+void flexible_chain(benchmark::State& state, char const* calcium) {
+  BenchLattice& lattice = plateau(10);
+  std::ofstream("ca_protocol.dat") << "0 1 0 0 " << calcium << '\n';
+  ActivationModelParameter const parameter = {
+      lattice.geometry.get(), lattice.model.get(), lattice.model.get(), 0.0001, 2, 100};
+  std::vector<FilamentData> data;
+  std::vector<std::unique_ptr<ActivationModel>> models;
+  for (auto const& filament : lattice.sarcomer->filaments) {
+    data.push_back(filament->data);
+    models.push_back(
+        create_component<ActivationModel>("FChain", parameter, "the benchmark", "activation"));
+  }
+  std::vector<int> counts;
+  auto const step = [&] {
+    for (std::size_t i = 0; i < models.size(); ++i) models[i]->state_change(data[i], 0.0, counts);
+  };
+  for (int i = 0; i < steps_to_plateau; ++i) step();
+  for (auto _ : state) step();
+  std::vector<double> sites;
+  models[0]->state_info(sites);
+  double const n_sites = std::accumulate(sites.begin(), sites.end(), 0.0);
+  state.counters["weak"] = sites[2] / n_sites;
+  state.counters["per_chain_site"] =
+      benchmark::Counter(n_sites * static_cast<double>(models.size() * state.iterations()),
+                         benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+}
+BENCHMARK_CAPTURE(flexible_chain, relaxed, "1e-9")->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(flexible_chain, activated, "1e-5")->Unit(benchmark::kMicrosecond);
+
 /// Mesh, assembly, solves and results of one step; the share of the direct solver beside it.
 void assemble_and_solve(benchmark::State& state) {
   BenchLattice& lattice = plateau(10);
