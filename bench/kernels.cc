@@ -73,10 +73,12 @@ void candidate_search(benchmark::State& state) {
 }
 BENCHMARK(candidate_search);
 
-/// Regulation in rigid segments of 7 sites, on the bound heads of the plateau; `value` is that of
-/// "ca_protocol.dat", and `dt` short enough for the default rates.
-void rigid_segments(benchmark::State& state, char const* activation, int indicator,
-                    char const* value, double dt) {
+constexpr unsigned segment_length = 7;
+
+/// Steps of regulation on the bound heads of the plateau; returns the number of segments. `value`
+/// is that of "ca_protocol.dat", and `dt` short enough for the default rates.
+std::size_t regulation(benchmark::State& state, char const* activation, int indicator,
+                       char const* value, double dt) {
   BenchLattice& lattice = plateau(10);
   std::ofstream("ca_protocol.dat") << "0 1 0 0 " << value << '\n';
   ActivationModelParameter const parameter = {
@@ -89,21 +91,39 @@ void rigid_segments(benchmark::State& state, char const* activation, int indicat
         create_component<ActivationModel>(activation, parameter, "the benchmark", "activation"));
   }
   std::vector<int> counts;
-  for (auto _ : state) {
+  auto const step = [&] {
     for (std::size_t i = 0; i < models.size(); ++i) models[i]->state_change(data[i], 0.0, counts);
-  }
+  };
+  for (int i = 0; i < steps_to_plateau; ++i) step();
+  for (auto _ : state) step();
   std::vector<unsigned> segments(lattice.geometry->n_actin_chains());
-  lattice.geometry->n_actin_segments(7, segments);
-  auto const per_step = std::accumulate(segments.begin(), segments.end(), 0u) * models.size();
+  lattice.geometry->n_actin_segments(segment_length, segments);
+  return std::accumulate(segments.begin(), segments.end(), 0u) * models.size();
+}
+
+benchmark::Counter time_of_each(benchmark::State const& state, std::size_t per_step) {
+  return {static_cast<double>(per_step * state.iterations()),
+          benchmark::Counter::kIsRate | benchmark::Counter::kInvert};
+}
+
+void rigid_segments(benchmark::State& state, char const* activation, int indicator,
+                    char const* value, double dt) {
   state.counters["per_segment"] =
-      benchmark::Counter(static_cast<double>(per_step * state.iterations()),
-                         benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+      time_of_each(state, regulation(state, activation, indicator, value, dt));
 }
 BENCHMARK_CAPTURE(rigid_segments, geeves_calcium, "Geeves6S", 2, "1e-6", 1e-5)
     ->Unit(benchmark::kMicrosecond);
 BENCHMARK_CAPTURE(rigid_segments, geeves_kb, "Geeves6S", 0, "1e-6", 5e-7)
     ->Unit(benchmark::kMicrosecond);
 BENCHMARK_CAPTURE(rigid_segments, lumped, "Lumped2S", 0, "-6", 1e-4)->Unit(benchmark::kMicrosecond);
+
+/// With Huxley heads, all of them weakly bound, every part of the chain's work is due.
+void flexible_chain(benchmark::State& state, char const* calcium) {
+  state.counters["per_chain_site"] =
+      time_of_each(state, regulation(state, "FChain", 2, calcium, 1e-5) * segment_length);
+}
+BENCHMARK_CAPTURE(flexible_chain, relaxed, "1e-9")->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(flexible_chain, activated, "1e-5")->Unit(benchmark::kMicrosecond);
 
 void state_change(benchmark::State& state) {
   BenchLattice& lattice = plateau(10);
@@ -113,37 +133,6 @@ void state_change(benchmark::State& state) {
       benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }
 BENCHMARK(state_change)->Unit(benchmark::kMicrosecond);
-
-/// Flexible chains on the bound heads of the plateau, at a calcium concentration [M]. With Huxley
-/// heads, all of them weakly bound, every part of the chain's work is due.
-void flexible_chain(benchmark::State& state, char const* calcium) {
-  BenchLattice& lattice = plateau(10);
-  std::ofstream("ca_protocol.dat") << "0 1 0 0 " << calcium << '\n';
-  ActivationModelParameter const parameter = {
-      lattice.geometry.get(), lattice.model.get(), lattice.model.get(), 0.0001, 2, 100};
-  std::vector<FilamentData> data;
-  std::vector<std::unique_ptr<ActivationModel>> models;
-  for (auto const& filament : lattice.sarcomer->filaments) {
-    data.push_back(filament->data);
-    models.push_back(
-        create_component<ActivationModel>("FChain", parameter, "the benchmark", "activation"));
-  }
-  std::vector<int> counts;
-  auto const step = [&] {
-    for (std::size_t i = 0; i < models.size(); ++i) models[i]->state_change(data[i], 0.0, counts);
-  };
-  for (int i = 0; i < steps_to_plateau; ++i) step();
-  for (auto _ : state) step();
-  std::vector<double> sites;
-  models[0]->state_info(sites);
-  double const n_sites = std::accumulate(sites.begin(), sites.end(), 0.0);
-  state.counters["weak"] = sites[2] / n_sites;
-  state.counters["per_chain_site"] =
-      benchmark::Counter(n_sites * static_cast<double>(models.size() * state.iterations()),
-                         benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
-}
-BENCHMARK_CAPTURE(flexible_chain, relaxed, "1e-9")->Unit(benchmark::kMicrosecond);
-BENCHMARK_CAPTURE(flexible_chain, activated, "1e-5")->Unit(benchmark::kMicrosecond);
 
 /// Mesh, assembly, solves and results of one step; the share of the direct solver beside it.
 void assemble_and_solve(benchmark::State& state) {

@@ -1,7 +1,9 @@
 #include "activation/activation_fchain.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
+#include <cstring>
 #include <fstream>
 
 #include "activation/ca_activation_3x2s.h"
@@ -36,7 +38,7 @@ double sqr(double x) { return x * x; }
 
 double read_mutated_xi(FChainModel const& fchain) {
   std::ifstream file(xi_file);
-  if (!file) stop(std::string(xi_file) + ": can't be read");
+  if (!file) stop(std::string(xi_file) + ": can't be read: " + std::strerror(errno));
   double xi = 0.0;
   if (!(file >> xi)) stop(std::string(xi_file) + ": doesn't begin with a number");
   if (!fchain.resolves(xi)) {

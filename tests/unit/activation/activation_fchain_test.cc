@@ -13,6 +13,7 @@
 #include "kinetics/model.h"
 #include "lattice/geometry_vertebrae.h"
 #include "mechanics/filament_data.h"
+#include "support/bare_geometry.h"
 #include "support/scripted_rand.h"
 #include "support/work_dir.h"
 
@@ -290,6 +291,14 @@ TEST(ActivationFChain, CalciumScalesByTheFreeChain) {
     EXPECT_NEAR(bench.site(3, 3).k_on_factor, 0.3, 1e-15);
     EXPECT_EQ(std::filesystem::exists("CaActivation3x2s_mutated.prm"), !healthy);
   }
+}
+
+TEST(ActivationFChainDeathTest, RefusesALatticeWithoutChains) {
+  write_file("ca_protocol.dat", "0 0.5 0 0 1\n");
+  write_parameters("mg_old.prm", "rates", {});
+  BareGeometry const bare;
+  ActivationModelParameter const parameter = {&bare, nullptr, nullptr, 0.5, 0, 100};
+  EXPECT_EXIT(ActivationFChainModel{parameter}, testing::ExitedWithCode(1), "four chains");
 }
 
 TEST(ActivationFChain, SmallTools) {
