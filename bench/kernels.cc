@@ -4,8 +4,11 @@
 #include <benchmark/benchmark.h>
 #include <deal.II/base/multithread_info.h>
 
+#include <fstream>
 #include <iostream>
+#include <numeric>
 
+#include "activation/activation.h"
 #include "bench_lattice.h"
 #include "elastic/XB_Models.h"
 #include "kinetics/fixed_dt_mc.h"
@@ -70,6 +73,58 @@ void candidate_search(benchmark::State& state) {
   }
 }
 BENCHMARK(candidate_search);
+
+constexpr unsigned segment_length = 7;
+
+/// Steps of regulation on the bound heads of the plateau; returns the number of segments. `value`
+/// is that of "ca_protocol.dat", and `dt` short enough for the default rates.
+std::size_t regulation(benchmark::State& state, char const* activation, int indicator,
+                       char const* value, double dt) {
+  BenchLattice& lattice = plateau(10);
+  std::ofstream("ca_protocol.dat") << "0 1 0 0 " << value << '\n';
+  ActivationModelParameter const parameter = {
+      lattice.geometry.get(), lattice.model.get(), lattice.model.get(), dt, indicator, 100};
+  std::vector<FilamentData> data;
+  std::vector<std::unique_ptr<ActivationModel>> models;
+  for (auto const& filament : lattice.sarcomer->filaments) {
+    data.push_back(filament->data);
+    models.push_back(
+        create_component<ActivationModel>(activation, parameter, "the benchmark", "activation"));
+  }
+  std::vector<int> counts;
+  auto const step = [&] {
+    for (std::size_t i = 0; i < models.size(); ++i) models[i]->state_change(data[i], 0.0, counts);
+  };
+  for (int i = 0; i < steps_to_plateau; ++i) step();
+  for (auto _ : state) step();
+  std::vector<unsigned> segments(lattice.geometry->n_actin_chains());
+  lattice.geometry->n_actin_segments(segment_length, segments);
+  return std::accumulate(segments.begin(), segments.end(), 0u) * models.size();
+}
+
+benchmark::Counter time_of_each(benchmark::State const& state, std::size_t per_step) {
+  return {static_cast<double>(per_step * state.iterations()),
+          benchmark::Counter::kIsRate | benchmark::Counter::kInvert};
+}
+
+void rigid_segments(benchmark::State& state, char const* activation, int indicator,
+                    char const* value, double dt) {
+  state.counters["per_segment"] =
+      time_of_each(state, regulation(state, activation, indicator, value, dt));
+}
+BENCHMARK_CAPTURE(rigid_segments, geeves_calcium, "Geeves6S", 2, "1e-6", 1e-5)
+    ->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(rigid_segments, geeves_kb, "Geeves6S", 0, "1e-6", 5e-7)
+    ->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(rigid_segments, lumped, "Lumped2S", 0, "-6", 1e-4)->Unit(benchmark::kMicrosecond);
+
+/// With Huxley heads, all of them weakly bound, every part of the chain's work is due.
+void flexible_chain(benchmark::State& state, char const* calcium) {
+  state.counters["per_chain_site"] =
+      time_of_each(state, regulation(state, "FChain", 2, calcium, 1e-5) * segment_length);
+}
+BENCHMARK_CAPTURE(flexible_chain, relaxed, "1e-9")->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(flexible_chain, activated, "1e-5")->Unit(benchmark::kMicrosecond);
 
 void state_change(benchmark::State& state) {
   BenchLattice& lattice = plateau(10);

@@ -1,7 +1,6 @@
 #include "kinetics/fixed_dt_mc.h"
 
 #include <algorithm>
-#include <boost/container/small_vector.hpp>
 #include <ostream>
 
 #include "control/logger.h"
@@ -9,37 +8,11 @@
 #include "control/uniform_variate.h"
 #include "kinetics/active_model.h"
 #include "kinetics/model_util.h"
+#include "kinetics/outcome_scale.h"
 #include "mechanics/filament_data.h"
 
 /// The scale of one draw, on the stack unless a head has very many candidates.
-struct FixedTimeStepMC::Outcomes {
-  void add(double probability, StateBin_s const& outcome) {
-    sum += probability;
-    cum.push_back(sum);
-    bins.push_back(outcome);
-  }
-
-  /// Ends the scale with the probability of staying, or shortens it where there is none.
-  void close() {
-    if (!(sum > 1.0)) {
-      cum.push_back(1.0);
-      return;
-    }
-    cum.push_back(sum);
-    for (double& value : cum) value /= sum;
-  }
-
-  /// The outcome that a variate picks, or null for staying.
-  StateBin_s const* pick(double u) const {
-    auto const i =
-        static_cast<std::size_t>(std::lower_bound(cum.begin(), cum.end(), u) - cum.begin());
-    return i == 0 || i >= bins.size() + 1 ? nullptr : &bins[i - 1];
-  }
-
-  double sum = 0.0;
-  boost::container::small_vector<double, 64> cum{0.0};
-  boost::container::small_vector<StateBin_s, 64> bins;
-};
+struct FixedTimeStepMC::Outcomes : OutcomeScale<StateBin_s, 64> {};
 
 FixedTimeStepMC::FixedTimeStepMC(Model const& slow, Model const& fast, double step,
                                  Model const* protein_c)

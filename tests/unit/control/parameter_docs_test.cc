@@ -8,6 +8,12 @@
 #include <map>
 #include <sstream>
 
+#include "activation/activation_2s.h"
+#include "activation/ca_activation_3x2s.h"
+#include "activation/ca_activation_3x3s.h"
+#include "activation/fchain_model.h"
+#include "activation/kb_activation_extensible.h"
+#include "activation/kb_activation_rigid.h"
 #include "control/mcModelParameters.h"
 #include "control/simulation.h"
 #include "elastic/XB_Models.h"
@@ -80,11 +86,17 @@ TEST(ParameterDocs, NameEveryKeyWithItsDefaultAndNoOther) {
       {"model_rombel.md", declared<ModelRombel>()},
       {"model_vorn.md", declared<ModelVorn>()},
       {"model_tolen9_C3.md", declared<ModelTolen9_C3>()},
+      {"mg_old.md", declared<FChainModel>()},
       {"ConstantStiffness.md", declared<XB_ConstantStiffness>()},
       {"SigmoidalStiffness.md", declared<XB_SigmoidalStiffness>()},
       {"StiffnessFunction.md", declared<XB_StiffnessFunction>()},
       {"ThreeLinearForce.md", declared<XB_ThreeLinearForce>()},
       {"TwoPartSigmoidalStiffness.md", declared<XB_TwoPartSigmoidalStiffness>()},
+      {"activ_2s.md", declared<Activation2SModel>()},
+      {"CaActivation3x3s.md", declared<CaActivation3x3SModel>()},
+      {"CaActivation3x2s.md", declared<CaActivation3x2SModel>()},
+      {"KbActivationRigid.md", declared<KbActivationModelR>()},
+      {"KbActivationExtensible.md", declared<KbActivationModelE>()},
   };
   fs::path const docs = fs::path(TAVELO_SOURCE_DIR) / "docs" / "parameters";
   for (auto const& [page, rows] : pages) EXPECT_EQ(documented(docs / page), rows) << page;

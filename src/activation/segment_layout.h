@@ -1,0 +1,20 @@
+#pragma once
+/// How the sites of a filament group into the chains and segments that regulate together.
+
+#include <vector>
+
+#include "activation/activation_state_data.h"
+
+class Geometry;
+class ParameterSection;
+
+/// Per chain, its segments along the filament.
+using ChainSegments = std::vector<std::vector<ActivationStateData>>;
+
+/// Lays out all chains of a lattice in segments of `segment_length` sites. Each site knows its
+/// fibre and node; the last segment of a chain may run past the end of the fibre. A lattice without
+/// regulated chains gives none.
+ChainSegments lay_out_segments(Geometry const& geometry, unsigned segment_length);
+
+/// Reads the key `segment_length`; refuses what no chain can have.
+unsigned read_segment_length(ParameterSection const& section);
