@@ -10,6 +10,7 @@
 
 #include "activation/activation.h"
 #include "bench_lattice.h"
+#include "elastic/XB_Models.h"
 #include "kinetics/fixed_dt_mc.h"
 #include "kinetics/model.h"
 #include "lattice/geometry.h"
@@ -73,10 +74,12 @@ void candidate_search(benchmark::State& state) {
 }
 BENCHMARK(candidate_search);
 
-/// Regulation in rigid segments of 7 sites, on the bound heads of the plateau; `value` is that of
-/// "ca_protocol.dat", and `dt` short enough for the default rates.
-void rigid_segments(benchmark::State& state, char const* activation, int indicator,
-                    char const* value, double dt) {
+constexpr unsigned segment_length = 7;
+
+/// Steps of regulation on the bound heads of the plateau; returns the number of segments. `value`
+/// is that of "ca_protocol.dat", and `dt` short enough for the default rates.
+std::size_t regulation(benchmark::State& state, char const* activation, int indicator,
+                       char const* value, double dt) {
   BenchLattice& lattice = plateau(10);
   std::ofstream("ca_protocol.dat") << "0 1 0 0 " << value << '\n';
   ActivationModelParameter const parameter = {
@@ -89,21 +92,39 @@ void rigid_segments(benchmark::State& state, char const* activation, int indicat
         create_component<ActivationModel>(activation, parameter, "the benchmark", "activation"));
   }
   std::vector<int> counts;
-  for (auto _ : state) {
+  auto const step = [&] {
     for (std::size_t i = 0; i < models.size(); ++i) models[i]->state_change(data[i], 0.0, counts);
-  }
+  };
+  for (int i = 0; i < steps_to_plateau; ++i) step();
+  for (auto _ : state) step();
   std::vector<unsigned> segments(lattice.geometry->n_actin_chains());
-  lattice.geometry->n_actin_segments(7, segments);
-  auto const per_step = std::accumulate(segments.begin(), segments.end(), 0u) * models.size();
+  lattice.geometry->n_actin_segments(segment_length, segments);
+  return std::accumulate(segments.begin(), segments.end(), 0u) * models.size();
+}
+
+benchmark::Counter time_of_each(benchmark::State const& state, std::size_t per_step) {
+  return {static_cast<double>(per_step * state.iterations()),
+          benchmark::Counter::kIsRate | benchmark::Counter::kInvert};
+}
+
+void rigid_segments(benchmark::State& state, char const* activation, int indicator,
+                    char const* value, double dt) {
   state.counters["per_segment"] =
-      benchmark::Counter(static_cast<double>(per_step * state.iterations()),
-                         benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+      time_of_each(state, regulation(state, activation, indicator, value, dt));
 }
 BENCHMARK_CAPTURE(rigid_segments, geeves_calcium, "Geeves6S", 2, "1e-6", 1e-5)
     ->Unit(benchmark::kMicrosecond);
 BENCHMARK_CAPTURE(rigid_segments, geeves_kb, "Geeves6S", 0, "1e-6", 5e-7)
     ->Unit(benchmark::kMicrosecond);
 BENCHMARK_CAPTURE(rigid_segments, lumped, "Lumped2S", 0, "-6", 1e-4)->Unit(benchmark::kMicrosecond);
+
+/// With Huxley heads, all of them weakly bound, every part of the chain's work is due.
+void flexible_chain(benchmark::State& state, char const* calcium) {
+  state.counters["per_chain_site"] =
+      time_of_each(state, regulation(state, "FChain", 2, calcium, 1e-5) * segment_length);
+}
+BENCHMARK_CAPTURE(flexible_chain, relaxed, "1e-9")->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(flexible_chain, activated, "1e-5")->Unit(benchmark::kMicrosecond);
 
 void state_change(benchmark::State& state) {
   BenchLattice& lattice = plateau(10);
@@ -181,6 +202,12 @@ void register_models() {
         ->Unit(benchmark::kMillisecond);
   }
 }
+
+/// The table that the nine-state model asks of its law, once in a run.
+void integral_table(benchmark::State& state) {
+  for (auto _ : state) XB_ConstantStiffness("").GetIntegralFunction();
+}
+BENCHMARK(integral_table)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 

@@ -7,18 +7,16 @@
 /// States:  0 and 7 detached; 1 bound; 2 after the stroke by D; 3 to 6 after the ADP step by delta
 /// Law:     0 -> 1, 1 -> 2, 2 -> 3 as in ModelVorn; their reverses by detailed balance
 ///          all other rates are the constants of their names, k_34 being the rate of state 3 to 4
-///     G_0 = 0,  G_1 = c_1 + K x^2/2,  G_2 = c_2 + K (x + D)^2/2,  G_3 = c_3 + K (x + D +
-///     delta)^2/2
-/// Symbols: x strain [nm], K stiffness of the elastic law at x [pN/nm], G free energy [pN nm], D
-/// and
-///          delta lever movements [nm]
+///     G_0 = 0,  G_1 = c_1 + K x^2/2,  G_2 = c_2 + K (x + D)^2/2,
+///     G_3 = c_3 + K (x + D + delta)^2/2
+/// Symbols: x strain [nm], K stiffness of the elastic law at x [pN/nm], G free energy [pN nm],
+///          D and delta lever movements [nm]
 /// Note:    the reverse of binding uses the constant as read, the forward rate the one divided by
 ///          the overlap of the sites in reach
 /// Assumes: strain has no influence beyond state 3, so that the free energy of a whole turn depends
 ///          on the strain at which it is made
-/// Refuses: kBT, D, k_12, k_21_cap, detachment_multiplier not above 0; other rates negative; eta
-/// not
-///          above -1
+/// Refuses: kBT, D, k_12, k_21_cap, detachment_multiplier not above 0; other rates negative;
+///          eta not above -1
 
 #include <array>
 

@@ -24,15 +24,17 @@ double binding_reach(std::function<double(double)> const& rate, std::string cons
   return r;
 }
 
-/// Half width of the bound fraction rate / (kd + rate), as a triangle of the same area and height;
-/// not finite when no point of the sweep lies at strain 0 or nothing binds there.
-double bound_half_width(std::function<double(double)> const& rate, double kd, double reach) {
+/// Half width of the bound fraction rate / (release + rate), as a triangle of the same area and
+/// height; not finite when no point of the sweep lies at strain 0 or nothing binds there.
+double bound_half_width(std::function<double(double)> const& rate,
+                        std::function<double(double)> const& release, double reach) {
   double sum = 0.0;
   double p0 = 0.0;
   auto const n = static_cast<long>(2.0 * reach / dx + 1.0);
   double x = -reach;
   for (long i = 0; i < n; ++i, x += dx) {
-    double const p = rate(x) / (kd + rate(x));
+    double const k = rate(x);
+    double const p = k / (release(x) + k);
     sum += p;
     if (std::abs(x) < 1e-5) p0 = p;
   }
@@ -84,7 +86,14 @@ double threshold_strain(XB_Model const& law, double D, double kBT, double k_12, 
 
 double binding_overlap_factor(std::function<double(double)> const& rate, double kd,
                               std::string const& model) {
-  double const w = bound_half_width(rate, kd, binding_reach(rate, model));
+  return binding_overlap_factor(
+      rate, [kd](double) { return kd; }, binding_reach(rate, model), model);
+}
+
+double binding_overlap_factor(std::function<double(double)> const& rate,
+                              std::function<double(double)> const& release, double reach,
+                              std::string const& model) {
+  double const w = bound_half_width(rate, release, reach);
   if (!(w <= widest_reach)) return no_binding_overlap(model);
   double const t0 = site_spacing - w;
   double s = 0.0;

@@ -11,6 +11,7 @@
 #include "activation/activation_2s.h"
 #include "activation/ca_activation_3x2s.h"
 #include "activation/ca_activation_3x3s.h"
+#include "activation/fchain_model.h"
 #include "activation/kb_activation_extensible.h"
 #include "activation/kb_activation_rigid.h"
 #include "control/mcModelParameters.h"
@@ -24,6 +25,7 @@
 #include "kinetics/model_huxley.h"
 #include "kinetics/model_huxleyMyBPC.h"
 #include "kinetics/model_rombel.h"
+#include "kinetics/model_tolen9_C3.h"
 #include "kinetics/model_vorn.h"
 #include "lattice/geometry_vertebrae.h"
 
@@ -83,6 +85,8 @@ TEST(ParameterDocs, NameEveryKeyWithItsDefaultAndNoOther) {
       {"model_huxleyMyBPC.md", declared<ModelHuxleyMyBPC>()},
       {"model_rombel.md", declared<ModelRombel>()},
       {"model_vorn.md", declared<ModelVorn>()},
+      {"model_tolen9_C3.md", declared<ModelTolen9_C3>()},
+      {"mg_old.md", declared<FChainModel>()},
       {"ConstantStiffness.md", declared<XB_ConstantStiffness>()},
       {"SigmoidalStiffness.md", declared<XB_SigmoidalStiffness>()},
       {"StiffnessFunction.md", declared<XB_StiffnessFunction>()},

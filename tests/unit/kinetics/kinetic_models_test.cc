@@ -83,6 +83,7 @@ SiteScheme const site_schemes[] = {
     {"Huxley", "01", "", "10", false},        {"HuxleyMyBPC", "01", "", "10", false},
     {"Duke", "01", "12", "10 20 21", true},   {"DukeMyBPC", "01", "12", "10 20 21", true},
     {"Rombel", "01", "12", "10 20 21", true}, {"Vorn", "01", "12", "10 21 34", true},
+    {"Tolen9", "08 15 17 23", "", "", false},
 };
 
 TEST(KineticModels, SiteFactorsStandOnTheirTransitionsAlone) {

@@ -1,0 +1,123 @@
+// Would catch: any coefficient of a span wrong, spans exchanged, a table that gives other values
+// than the formulas, the free ends or the scale of the deviation wrong.
+
+#include "activation/analytical_chain_model.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "support/beam.h"
+
+namespace {
+
+using Chain = AnalyticalChainModel<double>;
+using Pins = std::vector<PinningSite_s>;
+
+constexpr FlexChainParameter_s parameter(double xi) { return {0.518, 5.5e-9, 3.5, xi, 0.2, -0.3}; }
+constexpr FlexChainParameter_s chain = parameter(4.5e7);
+
+struct Profile {
+  Profile(Pins const& pins, unsigned n, FlexChainParameter_s const& fc = chain)
+      : mean(77.0, n), sd(77.0, n) {
+    Chain(fc).compute_chain(pins, n, mean, sd);
+  }
+  std::valarray<double> mean, sd;
+};
+
+void expect_same(Chain::WelksValue_s const& a, Chain::WelksValue_s const& b, int n) {
+  EXPECT_EQ(a.w0, b.w0) << n;
+  EXPECT_EQ(a.w1, b.w1) << n;
+  EXPECT_EQ(a.w2, b.w1) << n;
+  EXPECT_EQ(a.w3, b.w3) << n;
+  EXPECT_EQ(a.w4, b.w4) << n;
+  EXPECT_EQ(a.w5, b.w5) << n;
+}
+
+// Between two pins of an endless chain the closed expressions are exact; the beam's error is of
+// second order in the mesh, so two meshes tell the limit.
+TEST(AnalyticalChain, IsExactBetweenTwoPins) {
+  unsigned const gap = 9;
+  Profile const profile({{30, 0}, {30 + gap, 2}}, 70);
+  auto const beam = [&](unsigned fine) {
+    Beam const result{60 * fine, 5.5e-9 / fine, 4.5e7};
+    std::map<unsigned, double> const held = {{25 * fine, -0.3}, {(25 + gap) * fine, 0.2}};
+    return std::make_pair(result.angles(held), result.variances(held));
+  };
+  auto const [coarse_mean, coarse_variance] = beam(2);
+  auto const [fine_mean, fine_variance] = beam(4);
+  for (unsigned i = 0; i <= gap; ++i) {
+    auto const limit = [i](auto const& coarse, auto const& fine) {
+      return (4.0 * fine[4 * (25 + i)] - coarse[2 * (25 + i)]) / 3.0;
+    };
+    EXPECT_NEAR(profile.mean[30 + i], limit(coarse_mean, fine_mean), 2e-5) << i;
+    double const sd = 0.518 * std::sqrt(limit(coarse_variance, fine_variance));
+    EXPECT_NEAR(profile.sd[30 + i], sd, 2e-4) << i;
+  }
+}
+
+TEST(AnalyticalChain, FeelsTheNearestPinOnEachSideOnly) {
+  Profile const all({{2, 2}, {10, 0}, {17, 2}, {18, 0}, {30, 1}}, 40);
+  Profile const two({{10, 0}, {17, 2}}, 40);
+  for (unsigned i = 10; i <= 17; ++i) {
+    EXPECT_EQ(all.mean[i], two.mean[i]);
+    EXPECT_EQ(all.sd[i], two.sd[i]);
+  }
+  for (unsigned const pin : {2u, 10u, 17u, 18u, 30u}) EXPECT_EQ(all.sd[pin], 0.0);
+  EXPECT_EQ(all.mean[18], -0.3);
+  EXPECT_EQ(all.mean[30], 0.0);
+}
+
+TEST(AnalyticalChain, IsSymmetricBetweenEqualPins) {
+  Profile const profile({{5, 2}, {16, 2}}, 22);
+  for (unsigned i = 0; i < 22; ++i) {
+    EXPECT_NEAR(profile.mean[i], profile.mean[21 - i], 1e-14) << i;
+    EXPECT_NEAR(profile.sd[i], profile.sd[21 - i], 1e-14) << i;
+  }
+}
+
+TEST(AnalyticalChain, EndsLikeAPinTenSitesBeyondTheSite) {
+  Chain analytical(chain);
+  Profile const profile({{4, 2}}, 9);
+  for (int i = 1; i <= 4; ++i) {
+    double mean, sd;
+    analytical.pavsd(14 - i, i, -0.1, 0.2, mean, sd);
+    EXPECT_EQ(profile.mean[static_cast<unsigned>(4 - i)], mean);
+    EXPECT_EQ(profile.sd[static_cast<unsigned>(4 - i)], sd * 0.518);
+    EXPECT_NEAR(profile.mean[static_cast<unsigned>(4 + i)], mean, 1e-14);
+    EXPECT_NEAR(profile.sd[static_cast<unsigned>(4 + i)], sd * 0.518, 1e-14);
+  }
+  Profile const ends({{0, 0}, {8, 0}}, 9);
+  EXPECT_EQ(ends.mean[0], -0.3);
+  EXPECT_EQ(ends.mean[8], -0.3);
+}
+
+TEST(AnalyticalChain, FreeChain) {
+  Profile const profile({}, 9);
+  for (unsigned i = 0; i < 9; ++i) {
+    EXPECT_EQ(profile.mean[i], 0.0);
+    EXPECT_EQ(profile.sd[i], 0.518);
+  }
+}
+
+// At the lower xi spans of 40 sites and more are shorter than 5.
+TEST(AnalyticalChain, TableHoldsWhatTheFormulasGive) {
+  for (double const xi : {4.5e7, 1e7}) {
+    Chain analytical(parameter(xi));
+    Chain::WelksValue_s found, expected, longest;
+    analytical.compute_welks(5.0, longest);
+    for (int const chain_length : {0, 200}) {
+      std::valarray<double> mean(200), sd(200);
+      if (chain_length > 0) analytical.compute_chain({{3, 0}}, 200, mean, sd);
+      for (int n = 1; n < 250; ++n) {
+        double const x = n * 5.5e-9 * xi;
+        analytical.compute_welks(x, expected);
+        analytical.welks(n, found);
+        expect_same(found, x > 5.0 ? longest : expected, n);
+        if (x > 5.0) expect_same(expected, longest, n);
+      }
+    }
+  }
+}
+
+}  // namespace
