@@ -1,0 +1,301 @@
+"""Time courses of a run, as the field prints them."""
+
+from collections.abc import Callable
+from dataclasses import dataclass
+
+import numpy as np
+import pandas as pd
+
+from .noticed import protocol_rows
+from .protocol import course
+from .read import Run
+
+BINS = 150  # of the plots of events per time
+
+
+@dataclass(frozen=True)
+class Curve:
+    """One line of a plot. Its label is empty where the plot has no other."""
+
+    label: str
+    time: np.ndarray
+    values: np.ndarray
+
+
+@dataclass(frozen=True)
+class Quantity:
+    """What one plot shows over time; `curves` gives none if the run has no such data."""
+
+    key: str
+    title: str
+    axis: str | Callable[[Run], str]
+    about: str
+    curves: Callable[[Run], list[Curve]]
+    logarithmic: bool = False
+
+    def axis_of(self, run: Run) -> str:
+        return self.axis if isinstance(self.axis, str) else self.axis(run)
+
+
+def _columns(run: Run, key: str, columns: dict[str, str]) -> list[Curve]:
+    """Columns of a table that it has, with their labels."""
+    table = run[key]
+    if table.empty:
+        return []
+    time = table["time"].to_numpy()
+    return [
+        Curve(label, time, table[column].to_numpy())
+        for column, label in columns.items()
+        if column in table.columns
+    ]
+
+
+def _force(run: Run) -> list[Curve]:
+    return _columns(run, "result", {"force": ""})
+
+
+def _length(run: Run) -> list[Curve]:
+    columns = {"displacement_actin": "Z-disc", "displacement_myosin": "thick filament's tip"}
+    return _columns(run, "result", columns)
+
+
+def _bonds(run: Run) -> list[Curve]:
+    return _columns(run, "result", {"bound_heads": "heads", "bound_protein_c": "protein-C"})
+
+
+def _filaments(run: Run) -> int:
+    return run._filaments() or 1
+
+
+def _events(run: Run) -> list[Curve]:
+    table = run["events"]
+    curves = []
+    for column in ("attachments", "detachments"):
+        if column in table and len(table) > 1:
+            counts = np.diff(table[column].to_numpy(), prepend=0.0)
+            time, rate = _per_time(table["time"].to_numpy(), counts)
+            curves.append(Curve(column, time, rate / _filaments(run)))
+    return curves
+
+
+def _per_time(time: np.ndarray, counts: np.ndarray) -> tuple[np.ndarray, np.ndarray]:
+    """Counts per unit of time in at most BINS stretches of whole steps; middles of the stretches."""
+    starts = np.unique(np.linspace(0, len(time), min(BINS, len(time)) + 1).astype(int)[:-1])
+    ends = np.append(starts[1:], len(time)) - 1
+    until = time[ends]
+    since = np.append(2 * time[0] - time[1], until[:-1])
+    length = np.where(until > since, until - since, np.nan)
+    return (since + until) / 2, np.add.reduceat(counts, starts) / length
+
+
+def _states(table: pd.DataFrame) -> list[str]:
+    return [name for name in table.columns if str(name).startswith("state_")]
+
+
+def _label(run: Run, number: int) -> str:
+    names = run.state_names
+    name = names[number] if number < len(names) else ""
+    return f"{number} {name}".strip() if not name.startswith("state ") else name
+
+
+def _all_heads(run: Run) -> list[Curve]:
+    table = run["head_states"]
+    states = _states(table)
+    if not states or table["time"].isna().all():
+        return []
+    total = table[states].sum(axis=1).replace(0, np.nan)
+    return [
+        Curve(_label(run, n), table["time"].to_numpy(), (100 * table[s] / total).to_numpy())
+        for n, s in enumerate(states)
+    ]
+
+
+def _bound_heads(run: Run) -> list[Curve]:
+    table = run["bound_states"]
+    per = _filaments(run)
+    return [
+        Curve(_label(run, n), table["time"].to_numpy(), table[s].to_numpy() / per)
+        for n, s in enumerate(_states(table))
+        if table[s].any()
+    ]
+
+
+def positions(activation: str, by_calcium: bool, columns: int) -> dict[str, list[int]]:
+    """Columns of segments by what they mean for the sites."""
+    if columns == 9:
+        names = ("blocked", "closed", "open") if by_calcium else ("blocked", "open")
+        return {name: list(range(3 * p, 3 * p + 3)) for p, name in enumerate(names)}
+    if columns == 6:
+        if not by_calcium:
+            return {"blocked": [0], "open": [1]}
+        return {"blocked": [0, 1, 2], "closed": [3, 4, 5]}
+    return {f"state {number}": [number] for number in range(columns)}
+
+
+def _by_calcium(run: Run) -> bool:
+    return run.parameter("Ca Activation Model Indicator") != "0"
+
+
+def _segments(run: Run) -> list[Curve]:
+    table = run["segments"]
+    counts = table.drop(columns="time", errors="ignore").to_numpy()
+    if table.empty or counts.shape[1] == 0:
+        return []
+    total = counts.sum(axis=1)
+    total = np.where(total > 0, total, np.nan)
+    groups = positions(run.parameter("activation") or "", _by_calcium(run), counts.shape[1])
+    return [
+        Curve(name, table["time"].to_numpy(), 100 * counts[:, numbers].sum(axis=1) / total)
+        for name, numbers in groups.items()
+    ]
+
+
+def _drive(run: Run) -> tuple[str, float, Callable[[np.ndarray], np.ndarray]]:
+    """Axis, and what turns values of `ca_protocol.dat` into it."""
+    activation = run.parameter("activation") or "None"
+    if activation == "Fixed":
+        return "Sites switched off [%]", 100.0, lambda v: v
+    if activation == "Lumped2S":
+        return "Calcium [\u00b5M]", 1e6, lambda v: 10.0**v
+    if activation in ("Geeves6S", "FChain") and not _by_calcium(run):
+        return "Opening rate kb", 1.0, lambda v: v
+    return "Calcium [\u00b5M]", 1e6, lambda v: v
+
+
+def _is_driven(run: Run) -> bool:
+    return run.parameter("activation") not in (None, "None") or run.parameter("Model") == "Vorn"
+
+
+def _calcium(run: Run) -> list[Curve]:
+    rows = protocol_rows(run, "ca_protocol.dat")
+    times = run["result"].get("time")
+    if not rows or times is None or times.empty or not _is_driven(run):
+        return []
+    _, scale, convert = _drive(run)
+    return [Curve("", times.to_numpy(), scale * convert(course(rows, times.to_numpy())))]
+
+
+def _turnover(run: Run) -> list[Curve]:
+    """Logged steps of the cycle per head and time."""
+    heads = run["head_states"]
+    states = _states(heads)
+    result = run["result"]
+    if not states or result.empty or len(result) < 2:
+        return []
+    edges = np.append(0.0, result["time"].to_numpy())
+    curves = []
+    for key, label in (("atp_6states", "state 2 to 3"), ("atp_8states", "state 3 to 4")):
+        logged = run[key].get("time")
+        if logged is not None and not logged.empty and np.all(np.diff(edges) > 0):
+            # Logged times have six digits and may fall short of their own step's.
+            counts, _ = np.histogram(logged - 1e-9, edges)
+            time, rate = _per_time(edges[1:], counts.astype(float))
+            curves.append(Curve(label, time, rate / heads[states].iloc[0].sum()))
+    return curves
+
+
+def _last_passes(run: Run) -> pd.DataFrame:
+    """The last pass of each step; a step begins where the count of passes falls."""
+    table = run["convergence"]
+    if table.empty or "pass" not in table:
+        return table
+    return table[np.append(np.diff(table["pass"].to_numpy()) <= 0, True)]
+
+
+def _passes(run: Run) -> list[Curve]:
+    table = _last_passes(run)
+    first = run["convergence"]["pass"].min() if not table.empty else 0
+    if table.empty:
+        return []
+    return [Curve("", table["time"].to_numpy(), table["pass"].to_numpy() - first + 1)]
+
+
+def _residuals(run: Run) -> list[Curve]:
+    table = _last_passes(run)
+    if table.empty or "largest_residual" not in table:
+        return []
+    residual = table["largest_residual"].abs().to_numpy()
+    # Written with six digits behind the point: 0 means below half of the last.
+    return [Curve("", table["time"].to_numpy(), np.maximum(residual, 5e-7))]
+
+
+QUANTITIES = (
+    Quantity(
+        "force",
+        "Force",
+        "Force [pN per thick filament]",
+        "Positive force pulls.",
+        _force,
+    ),
+    Quantity(
+        "length",
+        "Length",
+        "Displacement [nm per half-sarcomere]",
+        "Since time 0; shortening is negative.",
+        _length,
+    ),
+    Quantity(
+        "bonds",
+        "Bonds",
+        "Bound per thick filament",
+        "Bound myosin heads, and protein-C links where there are any.",
+        _bonds,
+    ),
+    Quantity(
+        "events",
+        "Attachments and detachments",
+        "Events [1/s per thick filament]",
+        f"Counted over at most {BINS} stretches of the run.",
+        _events,
+    ),
+    Quantity(
+        "all_heads",
+        "States of all heads",
+        "Share of all heads [%]",
+        "Kinetic states of slow and fast heads together.",
+        _all_heads,
+    ),
+    Quantity(
+        "bound_heads",
+        "States of bound heads",
+        "Heads per thick filament",
+        "Heads in the mechanics; one that has just let go counts once more, detached.",
+        _bound_heads,
+    ),
+    Quantity(
+        "segments",
+        "Thin filament",
+        "Share of segments [%]",
+        "Regulatory states of the segments.",
+        _segments,
+    ),
+    Quantity(
+        "calcium",
+        "Regulation",
+        lambda run: _drive(run)[0],
+        "What ca_protocol.dat prescribes.",
+        _calcium,
+    ),
+    Quantity(
+        "turnover",
+        "Turnover",
+        "Steps of the cycle [1/s per head]",
+        "Logged steps past ADP release, as a measure of the turnover of ATP.",
+        _turnover,
+    ),
+    Quantity(
+        "passes",
+        "Passes per step",
+        "Passes of the iteration",
+        "Logged up to time 0.5.",
+        _passes,
+    ),
+    Quantity(
+        "residuals",
+        "Residual",
+        "Largest out-of-balance force [pN]",
+        "At the last pass of each step, up to time 0.5; drawn at 5e-7 where the file shows 0.",
+        _residuals,
+        logarithmic=True,
+    ),
+)
