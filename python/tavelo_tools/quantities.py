@@ -39,7 +39,10 @@ class Quantity:
 
 def _columns(run: Run, key: str, columns: dict[str, str]) -> list[Curve]:
     """Columns of a table that it has, with their labels."""
-    table = run[key]
+    return _columns_of(run[key], columns)
+
+
+def _columns_of(table: pd.DataFrame, columns: dict[str, str]) -> list[Curve]:
     if table.empty:
         return []
     time = table["time"].to_numpy()
@@ -194,29 +197,30 @@ def _turnover(run: Run) -> list[Curve]:
     return curves
 
 
-def _last_passes(run: Run) -> pd.DataFrame:
-    """The last pass of each step; a step begins where the count of passes falls."""
+def _passes_of_steps(run: Run) -> tuple[pd.DataFrame, np.ndarray]:
+    """The table of passes, and where in it a step ends: its last pass, before the count falls."""
     table = run["convergence"]
     if table.empty or "pass" not in table:
-        return table
-    return table[np.append(np.diff(table["pass"].to_numpy()) <= 0, True)]
+        return table, np.array([], dtype=bool)
+    return table, np.append(np.diff(table["pass"].to_numpy()) <= 0, True)
 
 
 def _passes(run: Run) -> list[Curve]:
-    table = _last_passes(run)
-    first = run["convergence"]["pass"].min() if not table.empty else 0
-    if table.empty:
-        return []
-    return [Curve("", table["time"].to_numpy(), table["pass"].to_numpy() - first + 1)]
+    table, last = _passes_of_steps(run)
+    return _columns_of(table[last], {"pass": ""}) if len(last) else []
 
 
 def _residuals(run: Run) -> list[Curve]:
-    table = _last_passes(run)
-    if table.empty or "largest_residual" not in table:
+    table, last = _passes_of_steps(run)
+    if not len(last) or "largest_residual" not in table:
         return []
-    residual = table["largest_residual"].abs().to_numpy()
     # Written with six digits behind the point: 0 means below half of the last.
-    return [Curve("", table["time"].to_numpy(), np.maximum(residual, 5e-7))]
+    force = table.assign(largest_residual=table["largest_residual"].abs().clip(lower=5e-7))
+    first = np.append(True, last[:-1])
+    return [
+        *_columns_of(force[first], {"largest_residual": "first pass"}),
+        *_columns_of(force[last], {"largest_residual": "last pass"}),
+    ]
 
 
 QUANTITIES = (
@@ -294,7 +298,7 @@ QUANTITIES = (
         "residuals",
         "Residual",
         "Largest out-of-balance force [pN]",
-        "At the last pass of each step, up to time 0.5; drawn at 5e-7 where the file shows 0.",
+        "In each step, logged up to time 0.5; drawn at 5e-7 where the file shows 0.",
         _residuals,
         logarithmic=True,
     ),
