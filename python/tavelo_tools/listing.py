@@ -8,6 +8,9 @@ import pandas as pd
 from .numbers import read_text
 
 COLUMNS = ["section", "name", "value", "unit"]
+# In the listing also "block": a section that several components write, each filament's regulation
+# say, is a block of its own for each of them.
+LISTING_COLUMNS = [*COLUMNS, "block"]
 
 # Units of the listed values, by label; rates and plain numbers have none here.
 UNITS = {
@@ -23,44 +26,33 @@ UNITS = {
     "xi": "1/m",
 }
 
-_HEADING = re.compile(r"^\t*\*\*\* (.*?) ?\**$")
-_PLAIN_HEADING = re.compile(r"^\t\t([^\t:=]+)$")
+_HEADING = re.compile(r"^\t*\*\*\* (.*?)[ *]*$")
+_GROUP = re.compile(r"^(?:\t\t|# )([^\t=]+?):?$")
+_COMPONENT = re.compile(r"\b[A-Z]{6,}\b")  # a heading with such a word is a component's
 _ENTRY = re.compile(r"^\t*([^\t:=]+?)\s*[:=]\s*(.*)$")
 _VALUE_WITH_UNIT = re.compile(r"^([-+.\deE]+) (?:\[(.+)\]|([a-zA-Z]+))$")
 
 
 def read_listing(path: Path) -> pd.DataFrame:
-    """Section, name, value and unit of each listed parameter, in the order of the listing."""
-    rows = []
-    section, group = "", ""
+    """Section, name, value, unit and block of each listed parameter, in the order of the listing."""
+    rows: list[list[object]] = []
+    section, group, block, line_of_protocol = "", "", 0, 0
     for line in read_text(path).splitlines():
-        heading = _HEADING.match(line)
-        plain = _PLAIN_HEADING.match(line) or re.match(r"^# (.*?):?$", line)
+        heading = _HEADING.match(line) or _GROUP.match(line)
         entry = _ENTRY.match(line)
-        if heading and not set(line.strip()) <= {"*"}:
-            section, group = heading[1].strip(), ""
-        elif plain:
-            group = plain[1].strip()
+        if heading and not line.strip().startswith("****"):
+            name = heading[1].strip()
+            if line.lstrip().startswith("***") or _COMPONENT.search(name):
+                section, group, block, line_of_protocol = name, "", block + 1, 0
+            else:
+                group = name
         elif entry:
-            rows.append([_path(section, group), *_entry(entry[1].strip(), entry[2].strip())])
+            where = f"{section}, {group}" if group else section
+            rows.append([where, *_entry(entry[1].strip(), entry[2].strip()), block])
         elif section.endswith("PROTOCOL") and line.strip():
-            rows.append([section, f"row {1 + _rows_of(rows, section)}", line.strip(), ""])
-        elif group.endswith("PROTOCOL") and line.strip():
-            rows.append([_path(section, group), "row", line.strip(), ""])
-    return pd.DataFrame(rows, columns=COLUMNS)
-
-
-def _path(section: str, group: str) -> str:
-    return f"{section}, {group}" if group else section
-
-
-def _rows_of(rows: list[list[str]], section: str) -> int:
-    count = 0
-    for row in reversed(rows):
-        if row[0] != section:
-            break
-        count += 1
-    return count
+            line_of_protocol += 1
+            rows.append([section, f"row {line_of_protocol}", line.strip(), "", block])
+    return pd.DataFrame(rows, columns=LISTING_COLUMNS)
 
 
 def _entry(name: str, value: str) -> list[str]:

@@ -86,17 +86,20 @@ def table(frame: pd.DataFrame) -> str:
 
 
 def parameters(title: str, frame: pd.DataFrame) -> str:
-    """A table a section, folded but for the first."""
-    parts = [f"<h2>{escape(title)}</h2>"]
+    """A folded table a section; what several components list in the same way stands there once."""
+    heading = f"<h2>{escape(title)}</h2>"
     if frame.empty:
-        return parts[0] + "<p>None are known.</p>"
-    # A section of the same name may come twice: slow and fast heads, or several filaments.
-    blocks = (frame["section"] != frame["section"].shift()).cumsum()
-    for number, block in frame.groupby(blocks):
-        name = escape(str(block["section"].iloc[0]).capitalize())
-        opened = " open" if number == 1 else ""
-        parts.append(
-            f"<details{opened}><summary>{name} ({len(block)})</summary>"
-            f"{table(block[['name', 'value', 'unit']])}</details>"
-        )
-    return "".join(parts)
+        return heading + "<p>None are known.</p>"
+    columns = ["name", "value", "unit"]
+    keys = [key for key in ("block", "section") if key in frame]
+    counts: dict[tuple[str, str], int] = {}
+    for _, part in frame.groupby(keys if len(keys) > 1 else keys[0], sort=False):
+        name = str(part["section"].iloc[0])
+        text = table(part[columns].loc[:, lambda t: (t != "").any()])
+        counts[name, text] = counts.get((name, text), 0) + 1
+    folds = "".join(
+        f"<details><summary>{escape(name)}{f' ({count} times the same)' if count > 1 else ''}"
+        f"</summary>{text}</details>"
+        for (name, text), count in counts.items()
+    )
+    return heading + folds

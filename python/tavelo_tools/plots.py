@@ -79,8 +79,14 @@ def _finish_course(
     axes.set_xlabel(time_label)
     axes.set_ylabel(quantity.axis_of(run))
     axes.margins(x=0)
+    left, right = axes.get_xlim()
+    if 0 < left < 0.05 * right:
+        axes.set_xlim(left=0)
     if quantity.logarithmic:
         axes.set_yscale("log")
+        axes.set_ylim(top=max(1e-2, 2 * axes.get_ylim()[1]))
+    if quantity.lowest is not None:
+        axes.set_ylim(bottom=quantity.lowest)
     if several:
         _legend_above(axes)
 
@@ -183,7 +189,7 @@ def _snapshot_plots(run: Run) -> list[Plot]:
     return plots
 
 
-def edges_of(values: np.ndarray, bins: int = 40) -> np.ndarray:
+def edges_of(values: np.ndarray, bins: int = 25) -> np.ndarray:
     """Edges of equal bins over all values."""
     low, high = float(values.min()), float(values.max())
     return np.linspace(low, high, bins + 1) if high > low else np.array([low - 0.5, low + 0.5])

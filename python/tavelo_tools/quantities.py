@@ -31,6 +31,7 @@ class Quantity:
     axis: str | Callable[[Run], str]
     about: str
     curves: Callable[[Run], list[Curve]]
+    lowest: float | None = None  # at which the axis begins
     logarithmic: bool = False
 
     def axis_of(self, run: Run) -> str:
@@ -67,7 +68,7 @@ def _bonds(run: Run) -> list[Curve]:
 
 
 def _filaments(run: Run) -> int:
-    return run._filaments() or 1
+    return run.filaments or 1
 
 
 def _events(run: Run) -> list[Curve]:
@@ -81,9 +82,14 @@ def _events(run: Run) -> list[Curve]:
     return curves
 
 
+def _starts(length: int) -> np.ndarray:
+    """First rows of at most BINS stretches of rows."""
+    return np.linspace(0, length, min(BINS, length) + 1).astype(int)[:-1]
+
+
 def _per_time(time: np.ndarray, counts: np.ndarray) -> tuple[np.ndarray, np.ndarray]:
     """Counts per unit of time in at most BINS stretches of whole steps; middles of the stretches."""
-    starts = np.unique(np.linspace(0, len(time), min(BINS, len(time)) + 1).astype(int)[:-1])
+    starts = _starts(len(time))
     ends = np.append(starts[1:], len(time)) - 1
     until = time[ends]
     since = np.append(2 * time[0] - time[1], until[:-1])
@@ -206,8 +212,18 @@ def _passes_of_steps(run: Run) -> tuple[pd.DataFrame, np.ndarray]:
 
 
 def _passes(run: Run) -> list[Curve]:
+    """Mean and highest number of passes over stretches of steps."""
     table, last = _passes_of_steps(run)
-    return _columns_of(table[last], {"pass": ""}) if len(last) else []
+    if not last.any():
+        return []
+    passes, times = table["pass"].to_numpy()[last], table["time"].to_numpy()[last]
+    starts = _starts(len(passes))
+    size = np.diff(np.append(starts, len(passes)))
+    mean = np.add.reduceat(passes, starts) / size
+    return [
+        Curve("mean", times[starts], mean),
+        Curve("most", times[starts], np.maximum.reduceat(passes, starts)),
+    ]
 
 
 def _residuals(run: Run) -> list[Curve]:
@@ -227,14 +243,14 @@ QUANTITIES = (
     Quantity(
         "force",
         "Force",
-        "Force [pN per thick filament]",
+        "Force\n[pN per thick filament]",
         "Positive force pulls.",
         _force,
     ),
     Quantity(
         "length",
         "Length",
-        "Displacement [nm per half-sarcomere]",
+        "Displacement\n[nm per half-sarcomere]",
         "Since time 0; shortening is negative.",
         _length,
     ),
@@ -248,8 +264,8 @@ QUANTITIES = (
     Quantity(
         "events",
         "Attachments and detachments",
-        "Events [1/s per thick filament]",
-        f"Counted over at most {BINS} stretches of the run.",
+        "Events\n[1/s per thick filament]",
+        f"Counted over at most {BINS} stretches of the run; protein-C links included.",
         _events,
     ),
     Quantity(
@@ -283,7 +299,7 @@ QUANTITIES = (
     Quantity(
         "turnover",
         "Turnover",
-        "Steps of the cycle [1/s per head]",
+        "Steps of the cycle\n[1/s per head]",
         "Logged steps past ADP release, as a measure of the turnover of ATP.",
         _turnover,
     ),
@@ -291,15 +307,17 @@ QUANTITIES = (
         "passes",
         "Passes per step",
         "Passes of the iteration",
-        "Logged up to time 0.5.",
+        f"Over at most {BINS} stretches of steps, logged up to time 0.5.",
         _passes,
+        lowest=0.0,
     ),
     Quantity(
         "residuals",
         "Residual",
-        "Largest out-of-balance force [pN]",
+        "Largest out-of-\nbalance force [pN]",
         "In each step, logged up to time 0.5; drawn at 5e-7 where the file shows 0.",
         _residuals,
+        lowest=1e-7,
         logarithmic=True,
     ),
 )

@@ -170,7 +170,7 @@ class Run(Mapping[str, pd.DataFrame]):
             site += 1
         frame = pd.DataFrame(rows, columns=["site", "chain", "angle", "angle_sd", "state"])
         # A filament begins where its number of sites has passed; all have the same, the shortest's.
-        count = self._filaments()
+        count = self.filaments
         if count and site % count == 0:
             frame.insert(0, "filament", frame["site"] // (site // count) + 1)
             frame["site"] %= site // count
@@ -180,7 +180,7 @@ class Run(Mapping[str, pd.DataFrame]):
         return frame[list(table.columns)]
 
     def _rigid_chains(self, name: str, data: bytes) -> pd.DataFrame:
-        count = self._filaments()
+        count = self.filaments
         states = np.frombuffer(data[: len(data) // 4 * 4], dtype=np.int32)
         if not count or len(states) % (4 * count) or len(data) % 4:
             raise ValueError(f"{len(data)} bytes aren't four chains for each filament")
@@ -197,8 +197,9 @@ class Run(Mapping[str, pd.DataFrame]):
         # Places past the end of a shorter chain are padded with 0.
         return frame[frame["state"] > 0].reset_index(drop=True)
 
-    def _filaments(self) -> int:
-        """Number of filaments, those in series counted."""
+    @property
+    def filaments(self) -> int:
+        """Number of thick filaments, those in series counted; 0 if the listing doesn't say."""
         try:
             in_parallel = int(self.parameter("filaments number") or 0)
             series = 2 * int(self.parameter("full_sarcomere") or 0)

@@ -7,6 +7,8 @@ Adding an output file to the tools is adding a line to TABLES.
 import re
 from dataclasses import dataclass
 
+from .listing import LISTING_COLUMNS
+
 Columns = dict[str, str]
 
 STATES: Columns = {"state_": "heads"}  # a name that ends in "_" is numbered from 0 on
@@ -210,7 +212,7 @@ TABLES = (
         "parameters",
         r"TaveloOutput\.lst",
         "all parameters that are in force",
-        dict.fromkeys(("section", "name", "value", "unit"), ""),
+        dict.fromkeys(LISTING_COLUMNS, ""),
         LISTING,
         may_be_empty=False,
     ),
@@ -218,7 +220,7 @@ TABLES = (
         "calcium_constants",
         r"CaActivation[23]x[23]SModel\.lst",
         "constants of the regulation by calcium",
-        dict.fromkeys(("section", "name", "value", "unit"), ""),
+        dict.fromkeys(LISTING_COLUMNS, ""),
         LISTING,
     ),
     Table(
