@@ -84,8 +84,15 @@ def _end(run: Run) -> list[Notice]:
     if end is not None and reached < end - 1e-6 * max(1.0, abs(end)):
         return [Notice(f"The run did not finish: it ends at {of}.", True)]
     if not protocol_rows(run):
-        text = "Without a readable protocol.dat nobody can say whether the run has finished."
-        return [Notice(text)]
+        reason = "is missing"
+        try:
+            read_protocol(run.directory / "protocol.dat")
+            reason = "is empty"
+        except FileNotFoundError:
+            pass
+        except (OSError, ValueError) as error:
+            reason = f"can't be used ({error})"
+        return [Notice(f"protocol.dat {reason}; so nothing tells whether the run has finished.")]
     if end is None:
         text = f"The protocol's end depends on the run (type 4, or a lost table); it reached {of}."
         return [Notice(text)]

@@ -1,16 +1,17 @@
 """Comma- or blank-separated numbers of a file that may be cut off, still growing or damaged."""
 
 import io
-import re
 from dataclasses import dataclass, field
 from pathlib import Path
 
+import numpy as np
 import pandas as pd
 
 
 @dataclass
 class Numbers:
-    """Rows of numbers with columns 0, 1, ...; `faults` says what could not be read."""
+    """Rows of numbers with columns 0, 1, ..., their index the number of the line (0 is the first
+    behind the heading); `faults` says what could not be read."""
 
     rows: pd.DataFrame
     faults: list[str] = field(default_factory=list)
@@ -35,17 +36,16 @@ def read_numbers(path: Path, heading: bool = False, separator: str = ",") -> Num
         rows, bad = _careful_rows(whole, separator)
         if bad:
             first = bad[0] + (2 if heading else 1)
-            faults.append(f"{len(bad)} row(s) hold no numbers, the first in line {first}")
+            faults.append(f"{len(bad)} row(s) hold no finite numbers, the first in line {first}")
     return Numbers(rows, faults)
 
 
 def _quick_rows(data: bytes, separator: str) -> pd.DataFrame | None:
     """The rows at the speed of pandas; None if one of them isn't as wide as the first, or no number."""
-    width = _width(data.lstrip(b"\n").partition(b"\n")[0].decode(errors="replace"), separator)
-    widest = data if separator == "," else re.sub(rb"(?m)^ +| +$", b"", data)
+    width = len(_fields(data.partition(b"\n")[0].decode(errors="replace"), separator))
     try:
         rows = pd.read_csv(
-            io.BytesIO(widest),
+            io.BytesIO(data),
             header=None,
             names=list(range(width)),
             usecols=list(range(width)),
@@ -56,12 +56,15 @@ def _quick_rows(data: bytes, separator: str) -> pd.DataFrame | None:
         )
     except (ValueError, pd.errors.ParserError):
         return None
-    return None if rows.isna().any(axis=None) else rows
+    # Blank lines would shift the numbers of the rows behind them.
+    if len(rows) != data.count(b"\n") + 1 or not np.isfinite(rows.to_numpy()).all():
+        return None
+    return rows
 
 
 def _careful_rows(data: bytes, separator: str) -> tuple[pd.DataFrame, list[int]]:
     """The good rows one by one, and the numbers of the others, counted from 0."""
-    good: list[list[float]] = []
+    good: dict[int, list[float]] = {}
     bad = []
     width = 0
     for number, line in enumerate(data.decode(errors="replace").split("\n")):
@@ -73,11 +76,11 @@ def _careful_rows(data: bytes, separator: str) -> tuple[pd.DataFrame, list[int]]
             bad.append(number)
             continue
         width = width or len(values)
-        if len(values) == width and all(value == value for value in values):
-            good.append(values)
+        if len(values) == width and np.isfinite(values).all():
+            good[number] = values
         else:
             bad.append(number)
-    return pd.DataFrame(good, columns=range(width)), bad
+    return pd.DataFrame.from_dict(good, orient="index", columns=range(width)), bad
 
 
 def _fields(line: str, separator: str) -> list[str]:
@@ -85,6 +88,3 @@ def _fields(line: str, separator: str) -> list[str]:
         return line.split()
     return line.strip().removesuffix(",").split(",")
 
-
-def _width(line: str, separator: str) -> int:
-    return len(_fields(line, separator))

@@ -23,6 +23,10 @@ from .numbers import read_numbers, read_text
 from .tables import BY_KEY, STATE_NAMES, TABLES, Table
 
 
+# Tables whose rows are joined with others by the number of their line.
+LINES_COUNT = ("result", "bound_states")
+
+
 class RunError(Exception):
     """A directory that holds no run, or can't be read at all."""
 
@@ -88,11 +92,16 @@ class Run(Mapping[str, pd.DataFrame]):
     def _read(self, table: Table) -> pd.DataFrame:
         frames = [self._read_file(table, path) for path in self.files.get(table.key, [])]
         filled = [frame for frame in frames if not frame.empty]
-        frame = pd.concat(filled, ignore_index=True) if filled else _no_rows(table)
-        if table.key == "head_states":
-            frame = self._with_times(frame)
-        if table.appends and table.key != "head_states":
-            frame = self._last_run(table, frame)
+        if not filled:
+            frame = _no_rows(table)
+        elif table.key == "head_states":
+            frame = self._with_times(filled[0])
+        elif table.appends:
+            frame = self._last_run(table, filled[0])
+        else:
+            frame = pd.concat(filled) if len(filled) > 1 else filled[0]
+        if table.key not in LINES_COUNT:
+            frame = frame.reset_index(drop=True)
         frame.attrs["units"] = {name: table.unit(str(name)) for name in frame.columns}
         return frame
 
@@ -128,6 +137,9 @@ class Run(Mapping[str, pd.DataFrame]):
         rows = listing.read_listing(path)
         if rows.empty and not table.may_be_empty:
             self._problem(path.name, "lists no parameters")
+        elif table.key == "parameters" and rows["section"].iloc[-1] != "MECHANICAL PROTOCOL":
+            text = "ends before the protocol: cut off, or the run stopped while it was set up"
+            self._problem(path.name, text)
         return rows
 
     def _read_times(self, table: Table, path: Path) -> pd.DataFrame:
@@ -141,15 +153,20 @@ class Run(Mapping[str, pd.DataFrame]):
 
     def _read_sites(self, table: Table, path: Path) -> pd.DataFrame:
         """Blocks, one per filament and fibre, of a site's state a line."""
-        rows = []
-        block = None
+        rows: list[tuple[int, ...]] = []
+        block: tuple[int, ...] = ()
+        site, announced = 0, 0
         for line in read_text(path).splitlines():
             words = line.split(",")
-            if len(words) == 3 and words[0].isdigit():
-                block, site = (int(words[0]), int(words[1])), 0
+            if len(words) == 3 and all(word.isdigit() for word in words):
+                filament, fibre, count = map(int, words)
+                block, site = (filament, fibre), 0
+                announced += count
             elif block and len(words) == 1 and words[0].isdigit():
                 rows.append((*block, site, int(words[0])))
                 site += 1
+        if len(rows) != announced or not rows:
+            self._problem(path.name, f"holds {len(rows)} of {announced} sites")
         return pd.DataFrame(rows, columns=list(table.columns))
 
     def _read_tropomyosin(self, table: Table, path: Path) -> pd.DataFrame:
@@ -208,25 +225,28 @@ class Run(Mapping[str, pd.DataFrame]):
         return in_parallel * (series or 1)
 
     def _with_times(self, frame: pd.DataFrame) -> pd.DataFrame:
-        """Rows of the last run, with the times of the file that is written together with this one."""
+        """Rows of the last run, with the times of the file that is written together with this one.
+
+        A damaged row is left out in either file, so that rows are joined by the number of their line.
+        """
+        file = "Myosin_head_states.csv"
         times = self["bound_states"].get("time", pd.Series(dtype=float))
-        if frame.empty or times.empty:
-            if not frame.empty:
-                self._problem("Myosin_head_states.csv", "its rows have no times without cb_states_file.csv")
-                frame.insert(0, "time", np.nan)
+        if times.empty:
+            self._problem(file, "its rows have no times without cb_states_file.csv")
+            frame.insert(0, "time", np.nan)
             return frame
-        if len(frame) > len(times):
-            text = f"{len(frame) - len(times)} row(s) of earlier runs in this directory, left out"
-            self._problem("Myosin_head_states.csv", text)
-        count = min(len(frame), len(times))
-        frame = frame.iloc[len(frame) - count :].reset_index(drop=True)
-        frame.insert(0, "time", times.iloc[:count].to_numpy())
-        return frame
+        # A run writes a row at time 0 and one per step; either file may have been cut off.
+        lines = max(times.index[-1], self["result"].index[-1] + 1 if len(self["result"]) else 0) + 1
+        earlier = frame.index[-1] + 1 - lines
+        if earlier > 0:
+            self._problem(file, f"{earlier} row(s) of earlier runs in this directory, left out")
+            frame = frame.set_index(frame.index - earlier)
+        frame = frame[frame.index.isin(times.index)]
+        frame.insert(0, "time", times.reindex(frame.index))
+        return frame.reset_index(drop=True)
 
     def _last_run(self, table: Table, frame: pd.DataFrame) -> pd.DataFrame:
         """Without the rows of earlier runs in the directory: time starts anew with each run."""
-        if frame.empty:
-            return frame
         restarts = np.flatnonzero(np.diff(frame["time"].to_numpy()) < 0)
         if not len(restarts):
             return frame
