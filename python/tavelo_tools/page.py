@@ -30,7 +30,8 @@ ul{{padding-left:1.2rem;margin:.4rem 0}}.grave{{font-weight:600}}
 .scroll{{overflow-x:auto}}table{{border-collapse:collapse;font-size:.9rem;min-width:100%}}
 th,td{{text-align:left;padding:.2rem .7rem .2rem 0;border-bottom:1px solid var(--grid);
 vertical-align:top;overflow-wrap:anywhere}}
-details{{margin:.4rem 0}}summary{{cursor:pointer}}
+.folds{{columns:24rem;column-gap:2rem}}
+details{{margin:0 0 .6rem;break-inside:avoid}}summary{{cursor:pointer}}
 @media print{{details{{display:block}}figure{{break-inside:avoid}}}}
 """
 
@@ -85,7 +86,7 @@ def table(frame: pd.DataFrame) -> str:
     return f'<div class="scroll"><table><tr>{head}</tr>{rows}</table></div>'
 
 
-def parameters(title: str, frame: pd.DataFrame) -> str:
+def parameters(title: str, frame: pd.DataFrame, opened: bool) -> str:
     """A folded table a section; what several components list in the same way stands there once."""
     heading = f"<h2>{escape(title)}</h2>"
     if frame.empty:
@@ -98,8 +99,8 @@ def parameters(title: str, frame: pd.DataFrame) -> str:
         text = table(part[columns].loc[:, lambda t: (t != "").any()])
         counts[name, text] = counts.get((name, text), 0) + 1
     folds = "".join(
-        f"<details><summary>{escape(name)}{f' ({count} times the same)' if count > 1 else ''}"
+        f"<details{' open' if opened else ''}><summary>{escape(name)}{f' ({count} times the same)' if count > 1 else ''}"
         f"</summary>{text}</details>"
         for (name, text), count in counts.items()
     )
-    return heading + folds
+    return f'{heading}<div class="folds">{folds}</div>'

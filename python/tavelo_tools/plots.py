@@ -67,7 +67,8 @@ def _course_plot(quantity: Quantity, curves: list[Curve], run: Run) -> Plot:
     def draw(axes: Axes) -> None:
         for curve in curves:
             time, values = downsample(curve.time, curve.values)
-            axes.plot(scale * time, values, label=curve.label)
+            colour = {} if curve.colour is None else {"color": f"C{curve.colour}"}
+            axes.plot(scale * time, values, label=curve.label, **colour)
         _finish_course(axes, quantity, run, time_label, len(curves) > 1)
 
     return Plot(quantity.key, quantity.title, quantity.about, draw)

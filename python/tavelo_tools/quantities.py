@@ -20,6 +20,7 @@ class Curve:
     label: str
     time: np.ndarray
     values: np.ndarray
+    colour: int | None = None  # number of its colour; None: the next
 
 
 @dataclass(frozen=True)
@@ -114,7 +115,7 @@ def _all_heads(run: Run) -> list[Curve]:
         return []
     total = table[states].sum(axis=1).replace(0, np.nan)
     return [
-        Curve(_label(run, n), table["time"].to_numpy(), (100 * table[s] / total).to_numpy())
+        Curve(_label(run, n), table["time"].to_numpy(), (100 * table[s] / total).to_numpy(), n)
         for n, s in enumerate(states)
     ]
 
@@ -123,7 +124,7 @@ def _bound_heads(run: Run) -> list[Curve]:
     table = run["bound_states"]
     per = _filaments(run)
     return [
-        Curve(_label(run, n), table["time"].to_numpy(), table[s].to_numpy() / per)
+        Curve(_label(run, n), table["time"].to_numpy(), table[s].to_numpy() / per, n)
         for n, s in enumerate(_states(table))
         if table[s].any()
     ]

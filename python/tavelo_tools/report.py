@@ -2,9 +2,11 @@
 
 import argparse
 import sys
+from collections.abc import Callable
 from pathlib import Path
 
 import pandas as pd
+from matplotlib.axes import Axes
 
 from . import page
 from .noticed import last_time, notices
@@ -68,8 +70,8 @@ def make_page(run: Run, plots: list[Plot]) -> str:
         page.key_figures(key_figures(run)),
         page.notices(found),
         page.plots(plots),
-        page.parameters("Parameters in force (listing)", run["parameters"]),
-        page.parameters("Parameter files, as they stand now", run.input_parameters),
+        page.parameters("Parameters in force (listing)", run["parameters"], True),
+        page.parameters("Parameter files, as they stand now", run.input_parameters, False),
         "<h2>Files</h2>" + page.table(files(run)),
     ]
     return page.page(f"{run.name}: Tavelo run", sections)
@@ -87,8 +89,8 @@ def write_report(run: Run, out: Path) -> tuple[Path, Path]:
 def draw_sheet(plots: list[Plot], path: Path, title: str = "", columns: int = 3) -> None:
     """The plots on one picture, each under its title."""
 
-    def titled(plot: Plot):  # type: ignore[no-untyped-def]
-        def draw(axes):  # type: ignore[no-untyped-def]
+    def titled(plot: Plot) -> Callable[[Axes], None]:
+        def draw(axes: Axes) -> None:
             plot.draw(axes)
             axes.set_title(plot.title, loc="right", fontsize=9, pad=3)
 
