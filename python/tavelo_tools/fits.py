@@ -21,7 +21,11 @@ class Fit:
     curve: Callable[[ArrayLike], np.ndarray]
 
     def __str__(self) -> str:
-        return ", ".join(f"{k} = {v:.3g} +- {self.errors[k]:.2g}" for k, v in self.values.items())
+        def shown(name: str) -> str:
+            error = float(f"{self.errors[name]:.2g}")
+            return f"{name} = {self.values[name]:.4g} +- {error:g}"
+
+        return ", ".join(map(shown, self.values))
 
 
 def hill_pca(pca: ArrayLike, highest: float, pca_50: float, n: float) -> np.ndarray:
@@ -82,5 +86,6 @@ def mean_and_error(values: ArrayLike, blocks: int = 4) -> tuple[float, float]:
 
     The values of neighbouring steps depend on each other, so their own scatter over the root of
     their number would be far too small an error."""
-    means = [block.mean() for block in np.array_split(np.asarray(values, dtype=float), blocks)]
-    return float(np.mean(values)), float(np.std(means, ddof=1) / np.sqrt(blocks))
+    course = np.asarray(values, dtype=float)
+    means = [block.mean() for block in np.array_split(course, blocks)]
+    return float(course.mean()), float(np.std(means, ddof=1) / np.sqrt(blocks))

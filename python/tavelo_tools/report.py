@@ -86,7 +86,7 @@ def write_report(run: Run, out: Path) -> tuple[Path, Path]:
     return html, png
 
 
-def draw_sheet(plots: list[Plot], path: Path, title: str = "", columns: int = 3) -> None:
+def draw_sheet(plots: list[Plot], path: Path, title: str = "", columns: int = 3, dpi: int = 110) -> None:
     """The plots on one picture, each under its title."""
 
     def titled(plot: Plot) -> Callable[[Axes], None]:
@@ -99,7 +99,7 @@ def draw_sheet(plots: list[Plot], path: Path, title: str = "", columns: int = 3)
     if not plots:
         path.unlink(missing_ok=True)
         return
-    write_png(str(path), [titled(plot) for plot in plots], columns, title)
+    write_png(str(path), [titled(plot) for plot in plots], columns, title, dpi)
 
 
 def main(arguments: list[str] | None = None) -> int:
