@@ -32,7 +32,7 @@ def key_figures(run: Run) -> dict[str, str]:
         peak = result.loc[result["force"].idxmax()]
         figures |= {
             "Force, last tenth": f"{tail['force'].mean():.4g} pN",
-            "Highest force": f"{peak['force']:.4g} pN at {peak['time']:.4g} s",
+            "Highest force": f"{peak['force']:.3g} pN at {peak['time']:.3g} s",
         }
     if "bound_heads" in result:
         figures["Bound heads, last tenth"] = f"{tail['bound_heads'].mean():.3g} per filament"
