@@ -32,7 +32,9 @@ class Notice:
 
 
 def is_going_on(run: Run) -> bool:
-    """Whether a process of the program holds the directory: it locks the listing while it runs."""
+    """Whether a process of the program holds the directory: it locks the listing while it runs.
+
+    The question itself holds the lock for some microseconds, in which no run can start here."""
     try:
         with open(run.directory / "TaveloOutput.lst", "rb") as listing:
             fcntl.flock(listing, fcntl.LOCK_SH | fcntl.LOCK_NB)

@@ -116,12 +116,13 @@ def _compared_plot(
         for runs in of_groups
     ]
     scale, time_label = _time_scale([curve for curves in chosen for curve in curves])
+    first = next(run for runs in of_groups for run, curves in runs if curves)
 
     def draw(axes: Axes) -> None:
         for number, (group, curves) in enumerate(zip(groups, chosen)):
             if curves:
                 draw_group(axes, group.label, curves, scale, f"C{number}")
-        _finish_course(axes, quantity, groups[0].runs[0], time_label, True)
+        _finish_course(axes, quantity, first, time_label, True)
 
     title = f"{quantity.title}: {label}" if label else quantity.title
     return Plot(f"{quantity.key} {label}".strip(), title, quantity.about, draw)

@@ -129,6 +129,8 @@ class Run(Mapping[str, pd.DataFrame]):
             return rows
         added = 0 if table.key != "head_states" and not table.is_snapshot else 1
         rows.columns = pd.Index(table.names(rows.shape[1] + added)[added:])
+        if table.key == "rates":
+            rows.columns = pd.Index(_named_by_heading(path, rows))
         if table.is_snapshot:
             rows.insert(0, "time", _snapshot_time(table, path))
         return rows
@@ -271,6 +273,15 @@ def _no_rows(table: Table) -> pd.DataFrame:
     return pd.DataFrame(columns=columns, dtype=float)
 
 
+def _named_by_heading(path: Path, rows: pd.DataFrame) -> list[str]:
+    """Names such as k_01 for a transition that the heading has as "0 -> 1"."""
+    with open(path, errors="replace") as file:
+        pairs = re.findall(r"(\d+) -> (\d+)", file.readline())
+    if len(pairs) != rows.shape[1] - 1:
+        raise ValueError("its heading doesn't name its columns")
+    return ["strain", *(f"k_{i}{j}" for i, j in pairs)]
+
+
 def _snapshot_time(table: Table, path: Path) -> float:
     match = table.matches(path.name)
     assert match  # the file was found by this pattern
@@ -302,7 +313,7 @@ def read_run(directory: Path | str) -> Run:
             found.sort(key=lambda path: _time_of_name(table, path))
         if found:
             files[table.key] = found
-    if not {"result", "parameters", "bound_states"} & files.keys():
+    if not files:
         there = "only the input of a run" if (directory / "simulation.prm").is_file() else "no file of one"
         raise RunError(f"{directory}: no outputs of a run; it holds {there}")
     return Run(directory, files)

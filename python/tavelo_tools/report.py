@@ -15,7 +15,13 @@ from .read import Run, RunError, read_run
 from .style import write_png
 from .tables import BY_KEY
 
-OVERVIEW = ("force", "length", "bonds", "segments", "calcium")
+
+
+def overview(plots: list[Plot]) -> list[Plot]:
+    """The few that tell most: force and bonds over length, or over the state of the thin filament."""
+    keys = {plot.key.split()[0] for plot in plots}
+    wanted = ("force", "bonds", "segments", "calcium") if "segments" in keys else ("force", "length", "bonds")
+    return [plot for plot in plots if plot.key.split()[0] in wanted]
 
 
 def key_figures(run: Run) -> dict[str, str]:

@@ -240,7 +240,7 @@ TABLES = (
         "rates",
         r"rates\.csv",
         "rate of each transition of the eight-state model",
-        {"strain": "nm", "rate_": "1/time"},
+        {"strain": "nm", "k_": "1/time"},
     ),
     Table(
         "integral",
