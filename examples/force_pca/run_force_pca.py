@@ -43,7 +43,7 @@ def level(pca: float, seconds: float) -> Files:
 def steady(run: pd.DataFrame, seconds: float) -> tuple[float, float, float]:
     """Mean force, its standard error from blocks of time, mean of bound heads."""
     start = (1.0 - MEASURED) * seconds
-    force = run.loc[run["time"] > start, "force"]
+    force = run.loc[run["time"] > start + 1e-9, "force"]
     return *mean_and_error(force), mean_between(run, "bound_heads", start, seconds)
 
 

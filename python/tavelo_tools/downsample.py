@@ -8,7 +8,7 @@ BUCKETS = 700
 def downsample(
     x: np.ndarray, y: np.ndarray, buckets: int = BUCKETS
 ) -> tuple[np.ndarray, np.ndarray]:
-    """At most 2 * `buckets` points in their order, first, last and every bucket's extremes among them."""
+    """At most 2 * `buckets` points in their order: first, last and the extremes of every bucket."""
     if len(x) <= 2 * buckets:
         return x, y
     edges = np.linspace(0, len(x), buckets + 1).astype(int)

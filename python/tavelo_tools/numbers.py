@@ -1,6 +1,7 @@
 """Comma- or blank-separated numbers of a file that may be cut off, still growing or damaged."""
 
 import io
+from collections import Counter
 from dataclasses import dataclass, field
 from pathlib import Path
 
@@ -36,13 +37,14 @@ def read_numbers(path: Path, heading: bool = False, separator: str = ",") -> Num
         rows, bad = _careful_rows(whole, separator)
         if bad:
             first = bad[0] + (2 if heading else 1)
-            faults.append(f"{len(bad)} row(s) hold no finite numbers, the first in line {first}")
+            faults.append(f"{len(bad)} row(s) are no numbers or too short, the first in line {first}")
     return Numbers(rows, faults)
 
 
 def _quick_rows(data: bytes, separator: str) -> pd.DataFrame | None:
-    """The rows at the speed of pandas; None if one of them isn't as wide as the first, or no number."""
-    width = len(_fields(data.partition(b"\n")[0].decode(errors="replace"), separator))
+    """The rows at the speed of pandas; None if one isn't as wide as the first, or no number."""
+    first = data.partition(b"\n")[0]
+    width = len(_fields(first.decode(errors="replace"), separator))
     try:
         rows = pd.read_csv(
             io.BytesIO(data),
@@ -56,31 +58,32 @@ def _quick_rows(data: bytes, separator: str) -> pd.DataFrame | None:
         )
     except (ValueError, pd.errors.ParserError):
         return None
-    # Blank lines would shift the numbers of the rows behind them.
-    if len(rows) != data.count(b"\n") + 1 or not np.isfinite(rows.to_numpy()).all():
-        return None
-    return rows
+    # Blank lines would shift the numbers of the rows behind them, and wider rows lose columns.
+    lines = data.count(b"\n") + 1
+    even = len(rows) == lines and data.count(b",") == lines * first.count(b",")
+    return rows if even and np.isfinite(rows.to_numpy()).all() else None
 
 
 def _careful_rows(data: bytes, separator: str) -> tuple[pd.DataFrame, list[int]]:
-    """The good rows one by one, and the numbers of the others, counted from 0."""
-    good: dict[int, list[float]] = {}
-    bad = []
-    width = 0
+    """The good rows, as wide as most are, and the numbers of the others, counted from 0."""
+    rows: dict[int, list[float]] = {}
     for number, line in enumerate(data.decode(errors="replace").split("\n")):
-        if not line.strip():
-            continue
-        try:
-            values = [float(text) for text in _fields(line, separator)]
-        except ValueError:
-            bad.append(number)
-            continue
-        width = width or len(values)
-        if len(values) == width and np.isfinite(values).all():
-            good[number] = values
-        else:
-            bad.append(number)
+        if line.strip():
+            rows[number] = _numbers(_fields(line, separator))
+    widths = Counter(len(values) for values in rows.values() if values)
+    width = widths.most_common(1)[0][0] if widths else 0
+    good = {number: values for number, values in rows.items() if values and len(values) == width}
+    bad = [number for number in rows if number not in good]
     return pd.DataFrame.from_dict(good, orient="index", columns=range(width)), bad
+
+
+def _numbers(texts: list[str]) -> list[float]:
+    """All as finite numbers, or none."""
+    try:
+        values = [float(text) for text in texts]
+    except ValueError:
+        return []
+    return values if np.isfinite(values).all() else []
 
 
 def _fields(line: str, separator: str) -> list[str]:

@@ -98,9 +98,9 @@ def parameters(title: str, frame: pd.DataFrame, opened: bool) -> str:
         name = str(part["section"].iloc[0])
         text = table(part[columns].loc[:, lambda t: (t != "").any()])
         counts[name, text] = counts.get((name, text), 0) + 1
-    folds = "".join(
-        f"<details{' open' if opened else ''}><summary>{escape(name)}{f' ({count} times the same)' if count > 1 else ''}"
-        f"</summary>{text}</details>"
-        for (name, text), count in counts.items()
-    )
+    folds = ""
+    for (name, text), count in counts.items():
+        times = f" ({count} times the same)" if count > 1 else ""
+        start = "<details open>" if opened else "<details>"
+        folds += f"{start}<summary>{escape(name)}{times}</summary>{text}</details>"
     return f'{heading}<div class="folds">{folds}</div>'

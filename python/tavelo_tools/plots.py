@@ -87,7 +87,7 @@ def _finish_course(
         axes.set_yscale("log")
         axes.set_ylim(top=max(1e-2, 2 * axes.get_ylim()[1]))
     if quantity.lowest is not None:
-        axes.set_ylim(bottom=quantity.lowest)
+        axes.set_ylim(quantity.lowest, 1.05 * axes.get_ylim()[1])
     if several:
         _legend_above(axes)
 

@@ -296,6 +296,7 @@ QUANTITIES = (
         lambda run: _drive(run)[0],
         "What ca_protocol.dat prescribes.",
         _calcium,
+        lowest=0.0,
     ),
     Quantity(
         "turnover",

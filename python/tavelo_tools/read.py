@@ -314,6 +314,7 @@ def read_run(directory: Path | str) -> Run:
         if found:
             files[table.key] = found
     if not files:
-        there = "only the input of a run" if (directory / "simulation.prm").is_file() else "no file of one"
+        has_input = (directory / "simulation.prm").is_file()
+        there = "only the input of a run" if has_input else "no file of one"
         raise RunError(f"{directory}: no outputs of a run; it holds {there}")
     return Run(directory, files)

@@ -20,7 +20,8 @@ from .tables import BY_KEY
 def overview(plots: list[Plot]) -> list[Plot]:
     """The few that tell most: force and bonds over length, or over the state of the thin filament."""
     keys = {plot.key.split()[0] for plot in plots}
-    wanted = ("force", "bonds", "segments", "calcium") if "segments" in keys else ("force", "length", "bonds")
+    regulated = ("force", "bonds", "segments", "calcium")
+    wanted = regulated if "segments" in keys else ("force", "length", "bonds")
     return [plot for plot in plots if plot.key.split()[0] in wanted]
 
 
@@ -98,7 +99,12 @@ def draw_sheet(plots: list[Plot], path: Path, title: str = "", columns: int = 3,
     def titled(plot: Plot) -> Callable[[Axes], None]:
         def draw(axes: Axes) -> None:
             plot.draw(axes)
-            axes.set_title(plot.title, loc="right", fontsize=9, pad=3)
+            legend = axes.get_legend()
+            if legend:  # it stands where the title would
+                legend.set_title(plot.title, prop={"weight": "bold", "size": 9})
+                legend.set_alignment("left")
+            else:
+                axes.set_title(plot.title, loc="left", fontsize=9, weight="bold")
 
         return draw
 

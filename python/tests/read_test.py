@@ -52,8 +52,17 @@ def test_damaged_rows_leave_the_others_at_their_times(made_run: Path) -> None:
     assert run["head_states"].to_numpy().tolist() == [[0.0, 10.0, 0.0], [0.2, 6.0, 4.0]]
     assert [problem.text for problem in run.problems] == [
         "the last row is cut off",
-        "1 row(s) hold no finite numbers, the first in line 2",
+        "1 row(s) are no numbers or too short, the first in line 2",
     ]
+
+
+def test_a_short_first_row_does_not_cost_the_others_their_columns(made_run: Path) -> None:
+    result = (made_run / "result.csv").read_text().splitlines(keepends=True)
+    result[1] = "0.1,10.0,\n"
+    (made_run / "result.csv").write_text("".join(result))
+    run = read_run(made_run)
+    assert run["result"]["bound_heads"].tolist() == [2.5, 4.0]
+    assert run.problems[0].text == "1 row(s) are no numbers or too short, the first in line 2"
 
 
 def test_snapshots_come_in_the_order_of_their_times(made_run: Path) -> None:
