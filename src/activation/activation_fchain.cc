@@ -41,7 +41,7 @@ double read_mutated_xi(FChainModel const& fchain) {
   if (!file) stop(std::string(xi_file) + ": can't be read: " + std::strerror(errno));
   double xi = 0.0;
   if (!(file >> xi)) stop(std::string(xi_file) + ": doesn't begin with a number");
-  if (!fchain.resolves(xi)) {
+  if (!fchain.accepts(xi)) {
     refuse(xi_file, "xi", shown(xi), FChainModel::accepted_xi);
   }
   return xi;

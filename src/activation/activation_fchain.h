@@ -19,9 +19,9 @@
 /// The value of "ca_protocol.dat" is the calcium concentration, or the rate kb where the indicator
 /// is below 1. Each filament draws once whether it takes the healthy or the mutated files.
 ///
-/// Refuses: a lattice without the four chains of two thin filaments, segments below 4 sites, angles
-/// at which the free chain is never or always beyond phi_minus or phi_plus, "xi_mutated.dat"
-/// without a number
+/// Refuses: a lattice without the four chains of two thin filaments; segments below 4 sites; under
+/// calcium a free chain that never lies below phi_minus or never above phi_plus; "xi_mutated.dat"
+/// without a number, or with one that `xi` couldn't have
 
 #include <memory>
 #include <valarray>

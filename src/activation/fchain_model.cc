@@ -74,18 +74,18 @@ void FChainModel::declare_parameters(dealii::ParameterHandler& handler) {
 void FChainModel::get_parameters(dealii::ParameterHandler& handler) {
   {
     ParameterSection const rates(handler, "rates", parameter_file);
-    km = rates.non_negative("km");
-    kps = rates.non_negative("kps");
-    k_cur = rates.number("k_cur");
+    km = rates.between("km", 0.0, 1e100);
+    kps = rates.between("kps", 0.0, 1e100);
+    k_cur = rates.between("k_cur", -1e100, 1e100);
   }
   ParameterSection const chain(handler, "chain", parameter_file);
-  fc.actin_distance = chain.positive("actin_distance");
-  fc.radius_actin = chain.positive("radius_actin");
-  fc.xi = chain.positive("xi");
-  if (!resolves(fc.xi)) chain.refuse_value("xi", accepted_xi);
-  fc.phi_plus = chain.number("phi_plus");
-  fc.phi_minus = chain.number("phi_minus");
-  fc.sd_fac = chain.non_negative("sd_fac");
+  fc.actin_distance = chain.between("actin_distance", 1e-12, 1e-3);
+  fc.radius_actin = chain.between("radius_actin", 1e-3, 1e3);
+  fc.xi = chain.number("xi");
+  if (!accepts(fc.xi)) chain.refuse_value("xi", accepted_xi);
+  fc.phi_plus = chain.between("phi_plus", -100.0, 100.0);
+  fc.phi_minus = chain.between("phi_minus", -100.0, 100.0);
+  fc.sd_fac = chain.between("sd_fac", 0.0, 100.0);
   segment_length = chain.count("segment_length", 1);
 }
 

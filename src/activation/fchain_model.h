@@ -8,13 +8,12 @@
 ///          binding factor of a free site   km  (P(0 <= angle < phi_plus) + P(angle >= phi_plus))
 ///          factor of a site with weak head kps  P(angle >= phi_plus)
 ///          both at most 1; any other site 0
-/// Symbols: angle in the system's reduced unit, in which the free chain has the deviation sd_fac;
-///          km, kps scales of the factors
+/// Symbols: angle around the filament [radian]; km, kps scales of the factors
 /// Source:  the continuous flexible chain of D. A. Smith, R. Maytum and M. A. Geeves, Biophys. J.
 ///          84 (2003) 3155
 /// Assumes: the joined curve needn't end at exactly 1; the formulas are taken as they stand
-/// Refuses: scales or `sd_fac` below 0; distance or radius not above 0; `xi` not above 0 or so
-///          small that neighbouring sites can't be told apart
+/// Refuses: scales or `sd_fac` below 0; distance or radius not above 0; `xi` so small that
+///          neighbouring sites can't be told apart; anything too large to calculate with
 ///
 /// The parameters are read from "mg_old.prm".
 
@@ -27,12 +26,12 @@ class ParameterHandler;
 
 /// What the chain solvers need of the chain.
 struct FlexChainParameter_s {
-  double sd_fac = 0.0;          ///< deviation of the free chain, and scale of all deviations
+  double sd_fac = 0.0;          ///< deviation of the free chain, and scale of all [rad]
   double actin_distance = 0.0;  ///< between the sites of a chain [m]
   double radius_actin = 0.0;    ///< of the thin filament [nm]
   double xi = 0.0;              ///< inverse length scale of the chain [1/m]
-  double phi_plus = 0.0;        ///< angle at which a strongly bound head pins the chain
-  double phi_minus = 0.0;       ///< angle at which troponin pins the chain
+  double phi_plus = 0.0;        ///< angle at which a strongly bound head pins the chain [rad]
+  double phi_minus = 0.0;       ///< angle at which troponin pins the chain [rad]
 };
 
 class FChainModel {
@@ -47,10 +46,13 @@ class FChainModel {
   FlexChainParameter_s const* get_fc_parameter() const { return &fc; }
   std::vector<unsigned> const& get_state_map() const { return state_map; }
   void ChangeXi(double xi);
-  /// Whether spans of one site are long enough at this `xi` for the chain's coefficients, which
-  /// below lose more than half of their digits to cancellation.
-  bool resolves(double xi) const { return xi * fc.actin_distance >= 1e-4; }
-  static constexpr char const* accepted_xi = "at least 1e-4 / actin_distance";
+  /// Whether spans of one site have a length at this `xi` that the chain's coefficients bear: below
+  /// they lose more than half of their digits to cancellation, above the bed outweighs all bending.
+  bool accepts(double xi) const {
+    double const length = xi * fc.actin_distance;
+    return 1e-4 <= length && length <= 100.0;
+  }
+  static constexpr char const* accepted_xi = "1e-4 / actin_distance to 100 / actin_distance";
 
   /// Probability that the chain lies below `x`: `m` and `s` of the curve above the cut point `c`,
   /// `u` and `t` of the one below it.

@@ -184,6 +184,14 @@ double ParameterSection::non_negative(std::string const& key) const {
   return value;
 }
 
+double ParameterSection::between(std::string const& key, double lowest, double highest) const {
+  double const value = number(key);
+  if (!(lowest <= value && value <= highest)) {
+    refuse_value(key, "a number from " + shown(lowest) + " to " + shown(highest));
+  }
+  return value;
+}
+
 int ParameterSection::integer(std::string const& key) const {
   return static_cast<int>(handler.get_integer(key));
 }

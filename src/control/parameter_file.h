@@ -60,6 +60,8 @@ class ParameterSection {
   double positive(std::string const& key) const;
   /// A number of at least 0.
   double non_negative(std::string const& key) const;
+  /// A number from `lowest` to `highest`.
+  double between(std::string const& key, double lowest, double highest) const;
   int integer(std::string const& key) const;
   /// A whole number of at least `minimum`.
   unsigned count(std::string const& key, unsigned minimum = 0) const;

@@ -2,8 +2,9 @@
 /// The course of an experiment: what is prescribed at a time, and when the run ends.
 ///
 /// A protocol file has one row a line: start, time step, control mode (0 length, 1 force), type of
-/// law, and the law's parameters. The last row only marks the end. The same class reads the course
-/// of calcium, where the value is a concentration or a probability and the mode is not looked at.
+/// law, and the law's parameters. The last row only marks the end of a run. The same class reads
+/// the course of calcium, where the value is a concentration, a rate or a probability, the mode is
+/// not looked at, and the last row holds to the end.
 ///
 /// With tau = time - start, the value by type is
 ///   - 0, constant: p0

@@ -29,26 +29,29 @@ void FilamentFEM::prepare_nodes(unsigned fibre) {
   }
   insert(get_raw_nodes() - 1);
   unsigned number = 0;
-  for (auto const& node : mesh) dofs.emplace_hint(dofs.end(), node.first, number++);
+  for (auto const& node : mesh) {
+    dofs.emplace_hint(dofs.end(), node.first, Dof{number++, node.second});
+  }
 }
 
 unsigned FilamentFEM::get_local_dof(unsigned node) const {
   auto const found = dofs.find(node);
-  return found == dofs.end() ? 0 : found->second;
+  return found == dofs.end() ? 0 : found->second.number;
 }
 
 template <class Action>
 void FilamentFEM::for_each_element(unsigned offset, Action action) const {
   if (dofs.empty()) return;
   for (auto first = dofs.begin(), second = first + 1; second != dofs.end(); ++first, ++second) {
-    action(first->first, second->first, offset + first->second, offset + second->second);
+    action(first->first, second->first, offset + first->second.number,
+           offset + second->second.number, second->second.x - first->second.x);
   }
 }
 
 void FilamentFEM::create_sparsity(dealii::DynamicSparsityPattern& pattern, unsigned offset) {
   if (dofs.empty()) return;
-  bnd_dof[0] = offset + dofs.begin()->second;
-  bnd_dof[1] = offset + dofs.rbegin()->second;
+  bnd_dof[0] = offset + dofs.begin()->second.number;
+  bnd_dof[1] = offset + dofs.rbegin()->second.number;
   // Row by row: a spring at a time would make every row grow three times.
   unsigned const last = n_dofs() - 1;
   for (unsigned i = 0; i <= last; ++i) {
@@ -59,8 +62,7 @@ void FilamentFEM::create_sparsity(dealii::DynamicSparsityPattern& pattern, unsig
 
 void FilamentFEM::create_matrix(dealii::SparseMatrix<double>& matrix, unsigned offset) const {
   double const EA = e * a;
-  for_each_element(offset, [&](unsigned n1, unsigned n2, unsigned i, unsigned j) {
-    double const L = x[n2] - x[n1];
+  for_each_element(offset, [&](unsigned, unsigned, unsigned i, unsigned j, double L) {
     if (L < 0.0) {
       std::printf("Negative Element length\n");
       std::fflush(stdout);
@@ -71,8 +73,8 @@ void FilamentFEM::create_matrix(dealii::SparseMatrix<double>& matrix, unsigned o
 
 void FilamentFEM::create_rhs(dealii::Vector<double>& rhs, unsigned offset) const {
   double const EA = e * a;
-  for_each_element(offset, [&](unsigned n1, unsigned n2, unsigned i, unsigned j) {
-    double const f = EA * (u[n2] - u[n1]) / (x[n2] - x[n1]);
+  for_each_element(offset, [&](unsigned n1, unsigned n2, unsigned i, unsigned j, double L) {
+    double const f = EA * (u[n2] - u[n1]) / L;
     rhs[i] += f;
     rhs[j] -= f;
   });
@@ -80,7 +82,7 @@ void FilamentFEM::create_rhs(dealii::Vector<double>& rhs, unsigned offset) const
 
 void FilamentFEM::interpolate_displacement(dealii::Vector<double> const& solution,
                                            unsigned offset) {
-  for (auto const& dof : dofs) u[dof.first] += solution[offset + dof.second];
+  for (auto const& dof : dofs) u[dof.first] += solution[offset + dof.second.number];
 }
 
 void FilamentFEM::straighten() {

@@ -60,11 +60,17 @@ class FilamentFEM {
   void straighten();
 
  private:
+  struct Dof {
+    unsigned number;  ///< local
+    double x;         ///< rest coordinate of its node, beside it because `x` is too long to cache
+  };
+
+  /// Calls `action(node, node, dof, dof, rest length)`.
   template <class Action>
   void for_each_element(unsigned offset, Action action) const;
 
   // Flat containers keep their memory from step to step.
-  boost::container::flat_map<unsigned, unsigned> dofs;
+  boost::container::flat_map<unsigned, Dof> dofs;
   boost::container::flat_set<std::pair<unsigned, double>, CompareSetOfPairBySecond> mesh;
   double const e;
   double const a;

@@ -76,7 +76,7 @@ TEST(AnalyticalChain, IsSymmetricBetweenEqualPins) {
   }
 }
 
-TEST(AnalyticalChain, EndsLikeAPinTenSitesBeyondTheSite) {
+TEST(AnalyticalChain, EndsLikeAPinTenSitesBeyondTheLast) {
   Chain analytical(chain);
   Profile const profile({{4, 2}}, 9);
   for (int i = 1; i <= 4; ++i) {

@@ -106,9 +106,9 @@ TEST(FilamentFEM, TwoSpringsInSeries) {
 TEST(FilamentFEM, NegativeLengthIsReported) {
   Chain chain;
   chain.head(3, 1, 0);
+  chain.x[3] = 80.0;  // beyond the end, so that it gets the last number
   chain.fem.prepare_nodes(0);
   System system(chain.fem, 3, 0);
-  chain.x[3] = 80.0;  // beyond the end, after the numbering
   testing::internal::CaptureStdout();
   chain.fem.create_matrix(system.matrix, 0);
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "Negative Element length\n");
