@@ -1,5 +1,6 @@
 """One page that needs nothing but itself: no network, no script."""
 
+import re
 from html import escape
 
 import pandas as pd
@@ -29,7 +30,7 @@ figure svg{{display:block;width:100%;height:auto}}figcaption{{font-size:.85rem}}
 ul{{padding-left:1.2rem;margin:.4rem 0}}.grave{{font-weight:600}}
 .scroll{{overflow-x:auto}}table{{border-collapse:collapse;font-size:.9rem;min-width:100%}}
 th,td{{text-align:left;padding:.2rem .7rem .2rem 0;border-bottom:1px solid var(--grid);
-vertical-align:top;overflow-wrap:anywhere}}
+vertical-align:top;overflow-wrap:break-word}}
 .folds{{columns:24rem;column-gap:2rem}}
 details{{margin:0 0 .6rem;break-inside:avoid}}summary{{cursor:pointer}}
 @media print{{details{{display:block}}figure{{break-inside:avoid}}}}
@@ -80,10 +81,16 @@ def plots(found: list[Plot]) -> str:
 def table(frame: pd.DataFrame) -> str:
     head = "".join(f"<th>{escape(str(name))}</th>" for name in frame.columns)
     rows = "".join(
-        "<tr>" + "".join(f"<td>{escape(str(value))}</td>" for value in row) + "</tr>"
+        "<tr>" + "".join(f"<td>{escape(_shown(value))}</td>" for value in row) + "</tr>"
         for row in frame.itertuples(index=False)
     )
     return f'<div class="scroll"><table><tr>{head}</tr>{rows}</table></div>'
+
+
+def _shown(value: object) -> str:
+    """Numbers without the zeros that end them."""
+    text = str(value)
+    return text.rstrip("0").rstrip(".") if re.fullmatch(r"-?\d+\.\d+", text) else text
 
 
 def parameters(title: str, frame: pd.DataFrame, opened: bool) -> str:
