@@ -4,18 +4,26 @@ import argparse
 import os
 import shutil
 import subprocess
+import sys
 import tempfile
 from collections.abc import Callable, Iterable
 from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 from typing import TypeVar
 
-import matplotlib
+ROOT = Path(__file__).resolve().parents[1]
+# The tools stand in the source tree, or two folders up from where examples are installed.
+for place in (ROOT / "python", ROOT.parents[1] / "tavelo" / "python"):
+    if (place / "tavelo_tools").is_dir():
+        sys.path.insert(0, str(place))
+
+import matplotlib  # noqa: E402
 
 matplotlib.use("Agg")
 import pandas as pd  # noqa: E402
+from tavelo_tools import read_run  # noqa: E402
 
-RELEASE_BUILD = Path(__file__).resolve().parents[1] / "build" / "release" / "tavelo"
+RELEASE_BUILD = ROOT / "build" / "release" / "tavelo"
 STYLE = {
     "font.size": 10,
     "axes.spines.top": False,
@@ -28,10 +36,9 @@ Outcome = TypeVar("Outcome")
 Files = dict[str, str]
 
 
-def read_table(directory: Path, name: str = "result.csv") -> pd.DataFrame:
-    """One output of a run."""
-    table = pd.read_csv(directory / name, index_col=False, skipinitialspace=True)
-    return table.rename(columns=str.strip)
+def read_result(directory: Path) -> pd.DataFrame:
+    """Time, force and bonds of a run."""
+    return read_run(directory)["result"]
 
 
 def run(example: Path, files: Files, read: Callable[[Path], Outcome], program: Path) -> Outcome:
@@ -47,34 +54,42 @@ def run(example: Path, files: Files, read: Callable[[Path], Outcome], program: P
         )
         if result.returncode != 0:
             raise SystemExit(f"{example.name}: {result.stderr.strip() or result.stdout[-500:]}")
+        if "Internal Error" in result.stdout:
+            print(f"{example.name}: the step is too long for these rates", file=sys.stderr)
         return read(directory)
 
 
 def run_series(
     example: Path,
     series: Iterable[Files],
-    read: Callable[[Path], Outcome] = read_table,
+    read: Callable[[Path], Outcome],
+    program: Path | None = None,
 ) -> list[Outcome]:
     """One run per set of replaced files, as many at a time as there are processors."""
-    program = program_from_arguments()
+    program = program or program_of(program_parser().parse_args())
     with ThreadPoolExecutor(os.cpu_count()) as pool:
         return list(pool.map(lambda files: run(example, files, read, program), series))
 
 
-def program_from_arguments() -> Path:
-    """The program that the command line names, else the release build, else the installed one."""
+def program_parser() -> argparse.ArgumentParser:
+    """A command line that can name the program; else it is the release build or the installed one."""
     built = RELEASE_BUILD if RELEASE_BUILD.is_file() else shutil.which("tavelo") or RELEASE_BUILD
     parser = argparse.ArgumentParser()
     parser.add_argument("--program", type=Path, default=Path(built), metavar="PATH")
-    program = parser.parse_args().program
-    if not program.is_file():
-        raise SystemExit(f"{program}: no such program; build it or name it with --program PATH")
-    return program.resolve()
+    return parser
+
+
+def program_of(arguments: argparse.Namespace) -> Path:
+    """The program that the command line names."""
+    if not arguments.program.is_file():
+        text = f"{arguments.program}: no such program; build it or name it with --program PATH"
+        raise SystemExit(text)
+    return arguments.program.resolve()
 
 
 def mean_between(table: pd.DataFrame, column: str, start: float, end: float) -> float:
-    """Mean of a column over the rows with start < Time <= end."""
-    return table.loc[table["Time"].between(start + 1e-9, end + 1e-9), column].mean()
+    """Mean of a column over the rows with start < time <= end."""
+    return table.loc[table["time"].between(start + 1e-9, end + 1e-9), column].mean()
 
 
 def ramp_protocol(tetanus: float, speed: float, end: float) -> str:
@@ -100,6 +115,6 @@ def step_response(table: pd.DataFrame, time: float) -> tuple[float, float, float
     """Forces T0 before a step of `step_protocol`, T1 right after it and T2 3 to 6 ms later."""
     windows = ((-0.005, 0.0), (0.0, 0.00001), (0.003, 0.006))
     before, after, recovered = (
-        mean_between(table, "Force", time + start, time + end) for start, end in windows
+        mean_between(table, "force", time + start, time + end) for start, end in windows
     )
     return before, after, recovered

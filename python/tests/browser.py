@@ -1,0 +1,125 @@
+#!/usr/bin/python3
+"""Opens a page in a headless browser: what its console says, how large its plots are, pictures of it.
+
+    python/tests/browser.py PAGE.html [FOLDER]    writes desktop.png, phone.png ... into FOLDER
+"""
+
+import json
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+from dataclasses import dataclass
+from html import unescape
+from pathlib import Path
+
+PROGRAMS = ("chromium-headless-shell", "chromium")
+DESKTOP, PHONE = (1360, 900), (390, 844)
+DARK = "--blink-settings=preferredColorScheme=0"
+LIGHT = "--blink-settings=preferredColorScheme=1"
+
+# Put into a copy of the page. It leaves what it measures as a text in the document.
+MEASURE = """<script>
+window.addEventListener("load", () => {
+  const sizes = [...document.querySelectorAll("figure svg")].map(svg => {
+    const box = svg.getBoundingClientRect();
+    const text = svg.querySelector("text").getBoundingClientRect();
+    return {width: box.width, height: box.height, text: text.height,
+            lines: svg.querySelectorAll("path").length};
+  });
+  const out = document.createElement("pre");
+  out.id = "measured";
+  out.textContent = JSON.stringify({
+    sizes, inner: window.innerWidth, wide: document.documentElement.scrollWidth,
+    tall: document.documentElement.scrollHeight,
+    ground: getComputedStyle(document.body).backgroundColor,
+    ink: getComputedStyle(document.body).color});
+  document.body.append(out);
+});
+</script>"""
+
+
+@dataclass(frozen=True)
+class View:
+    """A page as a browser of some size shows it; lengths in CSS pixels."""
+
+    console: list[str]
+    sizes: list[dict[str, float]]
+    inner: int
+    wide: int
+    tall: int
+    ground: str
+    ink: str
+
+
+def browser() -> str:
+    for program in PROGRAMS:
+        if found := shutil.which(program):
+            return found
+    raise RuntimeError(f"no browser: install one of {', '.join(PROGRAMS)}")
+
+
+def _open(page: Path, size: tuple[int, int], scheme: str, *options: str) -> tuple[str, str]:
+    with tempfile.TemporaryDirectory(prefix="browser-") as profile:
+        command = [
+            browser(),
+            "--headless",
+            "--no-sandbox",
+            "--disable-gpu",
+            "--hide-scrollbars",
+            "--enable-logging=stderr",
+            "--host-resolver-rules=MAP * ~NOTFOUND",  # no network
+            f"--user-data-dir={profile}",
+            f"--window-size={size[0]},{size[1]}",
+            scheme,
+            *options,
+            page.resolve().as_uri(),
+        ]
+        result = subprocess.run(
+            command, capture_output=True, text=True, errors="replace", timeout=120, check=True
+        )
+    return result.stdout, result.stderr
+
+
+def view(page: Path, size: tuple[int, int], scheme: str = LIGHT) -> View:
+    """Opens the page and measures it."""
+    with tempfile.TemporaryDirectory() as folder:
+        copy = Path(folder) / page.name
+        copy.write_text(page.read_text().replace("</body>", MEASURE + "</body>"))
+        document, log = _open(copy, size, scheme, "--dump-dom")
+    measured = re.search(r'<pre id="measured">(.*?)</pre>', document, re.DOTALL)
+    if not measured:
+        raise RuntimeError(f"the browser showed nothing of {page}: {log[-500:]}")
+    console = [line for line in log.splitlines() if ":CONSOLE" in line]
+    return View(console, **json.loads(unescape(measured[1])))
+
+
+def screenshot(page: Path, size: tuple[int, int], picture: Path, scheme: str = LIGHT) -> None:
+    _open(page, size, scheme, f"--screenshot={picture.resolve()}")
+
+
+def main(page: Path, folder: Path) -> int:
+    folder.mkdir(parents=True, exist_ok=True)
+    faults = []
+    for name, size, scheme in (
+        ("desktop", DESKTOP, LIGHT),
+        ("phone", PHONE, LIGHT),
+        ("dark", DESKTOP, DARK),
+    ):
+        seen = view(page, size, scheme)
+        faults += [f"{name}: {line}" for line in seen.console]
+        faults += [f"{name}: a plot of {s}" for s in seen.sizes if min(s["width"], s["height"]) < 100]
+        if not seen.sizes:
+            faults.append(f"{name}: no plots")
+        if seen.wide > seen.inner:
+            faults.append(f"{name}: the page is {seen.wide} wide, the window {seen.inner}")
+        screenshot(page, (size[0], seen.tall), folder / f"{name}.png", scheme)
+        print(f"{name}: {len(seen.sizes)} plots, page {seen.wide} x {seen.tall}, {seen.ink} on {seen.ground}")
+    for fault in faults:
+        print(fault, file=sys.stderr)
+    return 1 if faults else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(Path(sys.argv[1]), Path(sys.argv[2] if len(sys.argv) > 2 else "screenshots")))

@@ -1,0 +1,264 @@
+"""Would catch a report that breaks on a damaged run or hides it, loses extremes or needs a network."""
+
+import random
+import re
+import shutil
+import subprocess
+from collections.abc import Iterator
+from pathlib import Path
+
+import browser
+import numpy as np
+import pytest
+from tavelo_tools import read_run
+from tavelo_tools.compare import group
+from tavelo_tools.downsample import downsample, downsample_band
+from tavelo_tools.fits import fit_hill_hyperbola, fit_hill_pca, hill_pca, intercept
+from tavelo_tools.noticed import notices
+from tavelo_tools.plots import MOST_SNAPSHOTS, mean_and_band, plots_of_run
+from tavelo_tools.quantities import QUANTITIES, Curve
+from tavelo_tools.report import make_page
+
+TOOLS = Path(__file__).resolve().parents[1] / "bin"
+
+
+def start(tool: str, *arguments: Path | str) -> subprocess.CompletedProcess[str]:
+    command = [str(TOOLS / tool), *map(str, arguments)]
+    return subprocess.run(command, capture_output=True, text=True, check=False)
+
+
+def curves(directory: Path, key: str) -> list[Curve]:
+    quantity = next(quantity for quantity in QUANTITIES if quantity.key == key)
+    return quantity.curves(read_run(directory))
+
+
+def said(directory: Path) -> str:
+    return "\n".join(notice.text for notice in notices(read_run(directory)))
+
+
+# Numbers
+
+
+def test_events_are_counted_per_time_and_filament(made_run: Path) -> None:
+    attachments, detachments = curves(made_run, "events")
+    assert attachments.values == pytest.approx([15.0, 10.0, 20.0])  # 3, 2, 4 in 0.1 s on two
+    assert attachments.time == pytest.approx([0.05, 0.15, 0.25])
+    assert detachments.values.sum() == pytest.approx(5.0)
+
+
+def test_states_are_shares_of_all_and_counts_of_bound_heads(made_run: Path) -> None:
+    assert [curve.values.tolist() for curve in curves(made_run, "all_heads")] == [
+        [100.0, 70.0, 60.0, 20.0],
+        [0.0, 30.0, 40.0, 80.0],
+    ]
+    assert [curve.label for curve in curves(made_run, "all_heads")] == ["0 detached", "1 attached"]
+    assert curves(made_run, "bound_heads")[1].values.tolist() == [0.0, 1.5, 2.0, 4.0]
+
+
+def test_passes_and_residuals_are_those_of_the_steps(made_run: Path) -> None:
+    rows = [(0.1, 1, 9.0), (0.1, 2, 0.5), (0.2, 1, 8.0), (0.3, 1, 7.0), (0.3, 2, 6.0), (0.3, 3, 0.25)]
+    text = "".join(f"{t},{p},0,0,0,0,0,0,0,0,{r},1,0,2,0\n" for t, p, r in rows)
+    (made_run / "convergence_data.csv").write_text(text)
+    assert curves(made_run, "passes")[1].values.tolist() == [2, 1, 3]
+    first, last = curves(made_run, "residuals")
+    assert first.values.tolist() == [9.0, 8.0, 7.0]
+    assert last.values.tolist() == [0.5, 8.0, 0.25]
+
+
+def test_fewer_points_keep_the_extremes() -> None:
+    x = np.linspace(0.0, 1.0, 100_000)
+    y = np.random.default_rng(1).normal(size=x.size)
+    y[54_321], y[12_345], y[-1] = 99.0, -99.0, 7.0
+    few_x, few_y = downsample(x, y)
+    assert len(few_x) <= 1500 and np.all(np.diff(few_x) > 0)
+    assert (few_y.max(), few_y.min(), few_y[-1]) == (99.0, -99.0, 7.0)
+    assert few_x[few_y.argmax()] == x[54_321]
+    where, low, high = downsample_band(x, y - 1, y + 1)
+    assert (low.min(), high.max()) == (-100.0, 100.0) and len(where) <= 700
+
+
+def test_the_band_is_students() -> None:
+    time = np.array([1.0, 2.0])
+    runs = [Curve("", time, np.array([v, 0.0])) for v in (1.0, 2.0, 3.0)]
+    _, mean, half = mean_and_band(runs)
+    assert mean.tolist() == [2.0, 0.0]
+    # t(0.975, 2) = 4.3027 from the tables, s = 1, n = 3.
+    assert half == pytest.approx([4.3027 / 3**0.5, 0.0], rel=1e-4)
+
+
+def test_fits_find_the_curves_they_are_given() -> None:
+    pca = np.linspace(7.0, 4.5, 9)
+    assert hill_pca(5.7, 300.0, 5.7, 2.5) == 150.0
+    force = 300.0 * 10 ** (-2.5 * pca) / (10 ** (-2.5 * pca) + 10 ** (-2.5 * 5.7))
+    assert list(fit_hill_pca(pca, force).values.values()) == pytest.approx([300.0, 5.7, 2.5])
+    speed = np.linspace(0.0, 900.0, 8)
+    # Hill's hyperbola solved for the force: (F + a) (v + a v0) = (1 + a) a v0.
+    relative = 1.3 * 0.3 * 1000.0 / (speed + 0.3 * 1000.0) - 0.3
+    fit = fit_hill_hyperbola(speed, relative)
+    assert fit.values == pytest.approx({"v0": 1000.0, "a/F0": 0.3})
+    assert intercept([-4.0, -2.0, 0.0], [0.5, 0.75, 1.0]) == pytest.approx(-8.0)
+    with pytest.raises(ValueError, match="too few"):
+        fit_hill_pca([6.0, 5.0], [1.0, 2.0])
+
+
+# What is noticed
+
+
+def test_nothing_is_noticed_in_a_sound_run(real_run: Path) -> None:
+    assert not [notice for notice in notices(read_run(real_run)) if notice.grave]
+
+
+def test_noticed(made_run: Path) -> None:
+    assert "Standard output was not kept" in said(made_run)
+    (made_run / "tavelo.log").write_text(
+        "TStep 1, Time=0.1\nInternal Error!!!! Attach, Sum 1.2\nInternal Error!!!! Attach, Sum 3.4\n"
+        "TStep 2, Time=0.2\nInternal Error!!!! Actin Binding, Sum 1.1\nTStep 3, Time=0.3\n"
+        "tavelo: stopped\n"
+    )
+    text = said(made_run)
+    assert "exceeded 1 in 3 draws (2 x Attach, 1 x Actin Binding), in 2 of 3 steps" in text
+    assert "largest sum is 3.4" in text and "tavelo: stopped" in text
+    result = (made_run / "result.csv").read_text()
+    (made_run / "result.csv").write_text(result.replace("0.300", "0.150"))
+    assert "result.csv: time goes back 1 time(s), first to 0.15" in said(made_run)
+    (made_run / "protocol.dat").write_text("0 0.1 0 0 0\n9 0.1 0 0 0\n")
+    assert "did not finish: it ends at time 0.15 of 9" in said(made_run)
+    (made_run / "protocol.dat").unlink()
+    assert "protocol.dat is missing" in said(made_run)
+    (made_run / "Kacenja.csv").unlink()
+    assert "Kacenja.csv is missing" in said(made_run)
+    (made_run / "cb_states_file.csv").write_text("")
+    assert "cb_states_file.csv: empty" in said(made_run)
+
+
+def test_a_run_that_is_going_on_is_noticed(made_run: Path) -> None:
+    command = ["flock", str(made_run / "TaveloOutput.lst"), "sh", "-c", "echo; read line"]
+    with subprocess.Popen(command, stdin=subprocess.PIPE, stdout=subprocess.PIPE) as other:
+        assert other.stdout and other.stdin
+        other.stdout.readline()  # from here on it holds the lock
+        assert "still going on; it stands at time 0.3 of 0.3" in said(made_run)
+        other.stdin.close()
+    assert "going on" not in said(made_run)
+
+
+# Damage
+
+
+def damages(data: bytes) -> Iterator[bytes | None]:
+    chance = random.Random(1)
+    yield None
+    yield b""
+    yield data[: len(data) // 2]
+    yield data[: data.find(b"\n") + 1]
+    yield data[: len(data) // 2] + b"\0" * 100
+    yield bytes(chance.randrange(256) for _ in range(2000))
+    yield data.replace(b"1", b"nan")
+    yield data + data
+
+
+@pytest.mark.filterwarnings("error")
+def test_no_damage_to_a_file_breaks_a_report(copy_of_run: Path) -> None:
+    outputs = [path for path in copy_of_run.iterdir() if path.suffix != ".prm"]
+    for path in outputs:
+        whole = path.read_bytes()
+        for damaged in damages(whole):
+            path.unlink(missing_ok=True)
+            if damaged is not None:
+                path.write_bytes(damaged)
+            run = read_run(copy_of_run)
+            assert plots_of_run(run)
+            notices(run)
+        path.write_bytes(whole)
+
+
+@pytest.mark.parametrize("kind", [1, 2, 5])  # empty, cut off, no text
+def test_a_report_of_nothing_but_damage(copy_of_run: Path, kind: int) -> None:
+    for path in copy_of_run.iterdir():
+        damaged = list(damages(path.read_bytes()))[kind]
+        assert damaged is not None
+        path.write_bytes(damaged)
+    result = start("tavelo-report", copy_of_run)
+    assert result.returncode == 0
+    assert "Traceback" not in result.stderr and "noticed: " in result.stderr
+    assert (copy_of_run / "report.html").stat().st_size > 1000
+
+
+@pytest.mark.parametrize("tool", ["tavelo-report", "tavelo-compare"])
+def test_what_is_no_run_gets_one_message(tmp_path: Path, tool: str) -> None:
+    result = start(tool, tmp_path)
+    assert result.returncode == 1
+    assert re.fullmatch(rf"{tool}: .*: no outputs of a run; .*\n", result.stderr)
+    assert not list(tmp_path.iterdir())
+
+
+# Pages
+
+
+def test_the_report_in_a_browser(real_run: Path, tmp_path: Path) -> None:
+    assert start("tavelo-report", real_run, "--out", tmp_path).returncode == 0
+    assert (tmp_path / "report.png").stat().st_size > 50_000
+    page = (tmp_path / "report.html").read_text()
+    assert not re.search(r"""(src|href)=["'](?!#|data:)|url\((?!#)|@import""", page)
+    check_in_browser(tmp_path / "report.html", plots=page.count("<figure>"))
+    for title in ("Force", "Length", "States of all heads", "Thin filament", "Strain of bonds"):
+        assert f"<h3>{title}</h3>" in page
+
+
+def check_in_browser(page: Path, plots: int) -> None:
+    """No errors, no plot without a size, nothing wider than the window, texts of a readable height."""
+    assert plots > 5
+    views = [browser.view(page, size) for size in (browser.DESKTOP, browser.PHONE)]
+    for view in views:
+        assert view.console == []
+        assert len(view.sizes) == plots
+        assert min(size["width"] for size in view.sizes) > 300
+        assert min(size["height"] for size in view.sizes) > 150
+        assert min(size["text"] for size in view.sizes) >= 9
+        assert min(size["lines"] for size in view.sizes) > 10
+        assert view.wide <= view.inner
+    dark = browser.view(page, browser.PHONE, browser.DARK)
+    assert (dark.ground, dark.ink) != (views[0].ground, views[0].ink)
+
+
+def test_many_snapshots_become_a_map(made_run: Path) -> None:
+    for number in range(MOST_SNAPSHOTS + 3):
+        rows = "".join(f"{x},1.7,{1.7 * x},{x * x},1\n" for x in range(number + 1))
+        (made_run / f"distributions_{number}.csv").write_text(f"X,Stiffness,Force,Energy,State\n{rows}")
+    run = read_run(made_run)
+    assert "Snapshot at time [s]" in make_page(run, plots_of_run(run))
+
+
+def test_runs_that_differ_only_by_seed_become_one_line(
+    real_run: Path, copy_of_run: Path, made_run: Path, tmp_path: Path
+) -> None:
+    for name in ("simulation.prm", "TaveloOutput.lst"):
+        text = (copy_of_run / name).read_text()
+        other = re.sub(r"(random_seed\s*=\s*|Random Seed:\s*)\d+", r"\g<1>2", text)
+        assert other != text
+        (copy_of_run / name).write_text(other)
+    third = shutil.copytree(copy_of_run, tmp_path / "third")
+    numeric = (third / "numeric_mc.prm").read_text()
+    (third / "numeric_mc.prm").write_text(numeric + "# a remark is no difference\n")
+    runs = [read_run(path) for path in (real_run, copy_of_run, third, made_run)]
+    groups = group(runs)
+    # The third has the second's seed: it is the same run again.
+    assert [len(item.runs) for item in groups] == [2, 1]
+    result = start("tavelo-compare", real_run, copy_of_run, third, made_run, "--out", tmp_path)
+    assert result.returncode == 0, result.stderr
+    page = (tmp_path / "compare.html").read_text()
+    assert "95 % confidence band of the mean" in page and "1 run(s) left out" in page
+    check_in_browser(tmp_path / "compare.html", plots=page.count("<figure>"))
+
+
+def test_tables_of_the_documentation_and_of_the_code_agree() -> None:
+    """Every table that read_run knows is in docs/reports.md, with its columns."""
+    from tavelo_tools.tables import TABLES
+
+    text = (Path(__file__).resolve().parents[2] / "docs" / "reports.md").read_text()
+    rows = {row.split("`")[1]: row for row in text.splitlines() if row.startswith("| `")}
+    assert set(rows) == {table.key for table in TABLES}
+    for table in TABLES:
+        lost = [name for name in table.columns if f"`{name.rstrip('_')}" not in rows[table.key]]
+        assert not lost, (table.key, lost)
+
+
