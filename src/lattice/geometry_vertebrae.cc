@@ -117,11 +117,7 @@ void GeometryVertebrae::get_parameters(dealii::ParameterHandler& handler) {
     titin_stiffness = titin.text("titin_stiffness");
     titin_length = titin.positive("titin_length");
   }
-  {
-    ParameterSection const see(handler, "see", parameter_file);
-    see_stiffness = see.text("see_stiffness");
-    see_damping_factor = see.non_negative("see_damping_factor");
-  }
+  get_see(handler, parameter_file);
   get_proteinC_parameters(handler);
 
   double const last_crown = (n_myosin_nodes - 2) * dx_myosin + myosin_offset;
@@ -152,11 +148,7 @@ void GeometryVertebrae::get_myosin_parameters(dealii::ParameterHandler& handler)
 void GeometryVertebrae::get_actin_parameters(dealii::ParameterHandler& handler) {
   ParameterSection const actin(handler, "actin", parameter_file);
   dx_actin = actin.positive("dx_actin");
-  double const length = actin.positive("length_actin");
-  if (!(length / dx_actin >= 2.0 && length / dx_actin < 1e6)) {
-    actin.refuse_value("length_actin", "2 to a million times dx_actin");
-  }
-  n_actin_nodes = static_cast<unsigned>(length / dx_actin);
+  double const length = get_actin_length(actin, dx_actin);
   actin_period = actin.count("actin_period", 1);
   for (char const* fibre : {"1", "2"}) {
     e.push_back(actin.positive(std::string("e_actin") + fibre));
@@ -295,10 +287,8 @@ void GeometryVertebrae::get_binding_sites(FilamentData const& data, MyosinHead_s
 void GeometryVertebrae::initialize_filament(FilamentData& data) const {
   std::vector<unsigned> node_counts = {n_myosin_nodes, n_actin_nodes, n_actin_nodes};
   data.initialize(node_counts);
-  for (unsigned i = 1; i < n_myosin_nodes; ++i) data.x[0][i] = myosin_offset + (i - 1) * dx_myosin;
-  for (unsigned fibre = 1; fibre <= 2; ++fibre) {
-    for (unsigned j = 0; j < n_actin_nodes; ++j) data.x[fibre][j] = a_offset + j * dx_actin;
-  }
+  place_nodes(data.x[0], 1, myosin_offset, dx_myosin);
+  for (unsigned fibre = 1; fibre <= 2; ++fibre) place_nodes(data.x[fibre], 0, a_offset, dx_actin);
   if (nebulinDeficiency != 0) {
     double const longest = dx_actin * n_actin_nodes;
     for (unsigned fibre = 1; fibre <= 2; ++fibre) {
