@@ -40,6 +40,12 @@ double Geometry::get_actin_length(ParameterSection const& actin, double dx_actin
   return length;
 }
 
+unsigned Geometry::get_count(ParameterSection const& section, std::string const& key) {
+  unsigned const count = section.count(key, 1);
+  if (count > 1000000) section.refuse_value(key, "1 to a million");
+  return count;
+}
+
 void Geometry::place_nodes(std::valarray<double>& x, unsigned first, double start, double spacing) {
   for (unsigned i = first; i < x.size(); ++i) x[i] = start + (i - first) * spacing;
 }

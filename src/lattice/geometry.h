@@ -83,6 +83,9 @@ class Geometry {
   /// for.
   double get_actin_length(ParameterSection const& actin, double dx_actin);
 
+  /// A whole number from 1 to a million, which is more than fits any filament.
+  static unsigned get_count(ParameterSection const& section, std::string const& key);
+
   /// Rest coordinates of the nodes from number `first` on.
   static void place_nodes(std::valarray<double>& x, unsigned first, double start, double spacing);
   /// Appends the unbound heads of one crown, all driven by the slow model.

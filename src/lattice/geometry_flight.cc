@@ -72,7 +72,7 @@ void GeometryFlight::get_parameters(dealii::ParameterHandler& handler) {
   {
     ParameterSection const myosin(handler, "myosin", parameter_file);
     myosin_offset = myosin.positive("myosin_offset");
-    n_myosin_nodes = myosin.count("myosin_heads", 1);
+    n_myosin_nodes = get_count(myosin, "myosin_heads");
     dx_myosin = myosin.positive("dx_myosin");
     e.push_back(myosin.positive("e_mysoin"));
     a.push_back(myosin.positive("a_mysoin"));
@@ -95,7 +95,7 @@ void GeometryFlight::get_actin_parameters(dealii::ParameterHandler& handler) {
   ParameterSection const actin(handler, "actin", parameter_file);
   dx_actin = actin.positive("dx_actin");
   get_actin_length(actin, dx_actin);
-  actin_period = actin.count("actin_period", 1);
+  actin_period = get_count(actin, "actin_period");
   for (std::string const fibre : {"1", "2", "3"}) {
     e.push_back(actin.positive("e_actin" + fibre));
     a.push_back(actin.positive("a_actin" + fibre));

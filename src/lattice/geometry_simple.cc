@@ -43,7 +43,7 @@ void GeometrySimple::get_parameters(dealii::ParameterHandler& handler) {
   {
     ParameterSection const myosin(handler, "myosin", parameter_file);
     myosin_offset = myosin.positive("myosin_offset");
-    n_myosin_nodes = myosin.count("myosin_heads", 1);
+    n_myosin_nodes = get_count(myosin, "myosin_heads");
     dx_myosin = myosin.positive("dx_myosin");
     e.push_back(myosin.positive("e_mysoin"));
     a.push_back(myosin.positive("a_mysoin"));

@@ -41,9 +41,8 @@ TEST(GeometrySimple, OneNodeHasNoHeads) {
 
 TEST(GeometrySimple, WeighsSitesByTheirFactorUpToBothEndsOfTheReach) {
   // Spacings that are exact in binary: node 3 stands at 112, and sites at 80, 84, 88 ..
-  GeometrySimple const lattice =
-      simple({"myosin: myosin_offset = 80", "myosin: dx_myosin = 16", "actin: dx_actin = 4",
-              "numerics: xamax = 8"});
+  GeometrySimple const lattice = simple({"myosin: myosin_offset = 80", "myosin: dx_myosin = 16",
+                                         "actin: dx_actin = 4", "numerics: xamax = 8"});
   FilamentData data = filament_of(lattice);
   data.sites[1][7].k_on_factor = 0.5;
   data.bound_count[1][8] = 1;

@@ -140,8 +140,9 @@ TEST(GeometryTolen, OffersTheBestSiteAndItsStrandNeighbours) {
 /// A thin filament of evenly spaced sites, one head of class 1 (or 2) and number 0 beside it.
 struct Corner {
   explicit Corner(std::vector<std::string> settings, double centre)
-      : lattice((settings.insert(settings.end(), {"actin: dx_actin = 1", "actin: length_actin = 40"}),
-                 settings)),
+      : lattice(
+            (settings.insert(settings.end(), {"actin: dx_actin = 1", "actin: length_actin = 40"}),
+             settings)),
         data(filament_of(lattice)) {
     data.position[0][1] = centre;
   }

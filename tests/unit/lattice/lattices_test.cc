@@ -123,7 +123,8 @@ TEST_P(AllLattices, FindNothingFarFromAllSites) {
 
 TEST_P(AllLattices, TakeTheSeriesElementFromTheirFile) {
   EXPECT_EQ(lattice()->see_stiffness, shape().see);
-  auto const made = lattice({"see: see_stiffness = StiffnessFunction", "see: see_damping_factor = 2.5"});
+  auto const made =
+      lattice({"see: see_stiffness = StiffnessFunction", "see: see_damping_factor = 2.5"});
   EXPECT_EQ(made->see_stiffness, "StiffnessFunction");
   EXPECT_EQ(made->see_damping_factor, 2.5);
 }
@@ -142,6 +143,7 @@ TEST_P(AllLattices, RefuseSizesWithoutSense) {
       {"see: see_stiffness = ThreeLinearForce", "ThreeLinearForce"}};
   if (GetParam() != "Vertebrae") {
     cases.emplace_back("myosin: myosin_heads = 0", "myosin_heads is '0'; accepted: a whole number");
+    cases.emplace_back("myosin: myosin_heads = 2000000000", "accepted: 1 to a million");
   }
   if (GetParam() != "Simple") {
     cases.emplace_back("actin: actin_period = 0", "actin_period is '0'");
