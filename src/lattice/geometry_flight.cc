@@ -108,22 +108,27 @@ void GeometryFlight::get_fibre_stiffness(unsigned fibre, double& e_fibre, double
 
 // Steric weights
 
-void GeometryFlight::get_angles(unsigned head, unsigned crown, unsigned site, unsigned fibre,
-                                std::vector<BindingSite_s>& out) const {
+EndOnView_s GeometryFlight::end_on(unsigned head, unsigned crown, unsigned site, unsigned fibre,
+                                   unsigned face) const {
   constexpr double head_azimuths[] = {0.0, M_PI_2, 0.0, M_PI_2};
   constexpr double crown_azimuths[] = {0.0, -M_PI_4};
   constexpr double faces[][heads_per_crown] = {{0.0, M_PI, M_PI, 0.0}, {M_PI, 0.0, 0.0, M_PI}};
-  constexpr double widest_bearing = 1.0471975511965976;
 
   double const phi = site % actin_period * 2.0 * M_PI / actin_period;
-  Point2 const myosin(0.0, 0.0);
   Point2 const actin = actin_centre(fibre, crown, d_actin_myosin);
-  double const azimuth = head_azimuths[head] + crown_azimuths[crown];
-  for (auto const& face : faces) {
+  return {actin[0], actin[1], phi + faces[face][head], head_azimuths[head] + crown_azimuths[crown]};
+}
+
+void GeometryFlight::get_angles(unsigned head, unsigned crown, unsigned site, unsigned fibre,
+                                std::vector<BindingSite_s>& out) const {
+  constexpr double widest_bearing = 1.0471975511965976;
+
+  for (unsigned const face : {0u, 1u}) {
+    EndOnView_s const view = end_on(head, crown, site, fibre, face);
     double offset_b = 0.0;
     double offset_a = 0.0;
-    bool const in_sight = find_angle(actin, myosin, phi + face[head], azimuth,
-                                     {radius_actin, radius_myosin}, offset_b, offset_a);
+    bool const in_sight = find_angle({view.actin_x, view.actin_y}, {0.0, 0.0}, view.site_angle,
+                                     view.head_angle, radii(), offset_b, offset_a);
     if (!in_sight || !(std::abs(offset_b) < widest_bearing)) continue;
     double const weight = (1.0 + std::cos(3.0 * offset_b)) * (1.0 + std::cos(2.0 * offset_a));
     out.push_back({weight, site, fibre});

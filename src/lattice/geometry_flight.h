@@ -22,6 +22,7 @@
 #include <vector>
 
 #include "lattice/geometry.h"
+#include "lattice/geometry_tools.h"
 
 class GeometryFlight : public Geometry {
  public:
@@ -36,13 +37,17 @@ class GeometryFlight : public Geometry {
   void initialize_filament(FilamentData& data) const override;
   void get_fibre_stiffness(unsigned fibre, double& e_fibre, double& a_fibre) const override;
 
-  /// Places one head against both faces of a site and appends a candidate, its weight not yet
+  /// Places one head against a face, 0 or 1, of a site.
+  EndOnView_s end_on(unsigned head, unsigned crown, unsigned site, unsigned fibre,
+                     unsigned face) const;
+  /// Looks from that head at both faces of that site and appends a candidate, its weight not yet
   /// scaled, for each that it can bind.
   void get_angles(unsigned head, unsigned crown, unsigned site, unsigned fibre,
                   std::vector<BindingSite_s>& out) const;
   /// The same from the table, with the scaled weight times `factor`.
   void get_angles_cached(unsigned head, unsigned crown, unsigned site, unsigned fibre,
                          std::vector<BindingSite_s>& out, double factor) const;
+  GeometryParameters_s radii() const { return {radius_actin, radius_myosin}; }
 
  private:
   void get_actin_parameters(dealii::ParameterHandler& handler);

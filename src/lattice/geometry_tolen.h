@@ -39,6 +39,10 @@ class GeometryTolen : public Geometry {
 
   /// Azimuth of a site, 0 to 2 pi.
   double get_actin_angle(unsigned site) const;
+  /// Azimuth on a thin filament, 1 or 2, that faces the head.
+  double get_head_azimuth(unsigned head, unsigned fibre) const {
+    return head_azimuth[head][fibre - 1];
+  }
   /// Appends the site with its angular distance from the head as weight, -99 beyond the limit;
   /// nothing if the head doesn't face that thin filament.
   void get_angles(unsigned head, unsigned crown, unsigned site, unsigned fibre,
