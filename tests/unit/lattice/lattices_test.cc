@@ -28,6 +28,7 @@ struct Shape {
   std::string see;  ///< default law of the series elastic element
 };
 
+/// A new lattice adds its line.
 std::map<std::string, Shape> const shapes = {
     {"Simple", {"geom_simple.prm", 2, 3, 1, 20.0, 0.0, 0, ""}},
     {"Vertebrae", {"geom_vertebrae.prm", 3, 3, 3, 15.0, 0.0, 50, "ConstantStiffness"}},
@@ -119,6 +120,19 @@ TEST_P(AllLattices, FindNothingFarFromAllSites) {
     data.position[0] += shift;
     EXPECT_TRUE(candidates_of(*made, data, data.heads.back()).empty());
   }
+}
+
+TEST_P(AllLattices, WriteTheirDefaultsWhereTheFileIsMissing) {
+  testing::internal::CaptureStdout();
+  testing::internal::CaptureStderr();
+  std::unique_ptr<Geometry> const made(Lattices::instance().create_type(GetParam(), {}));
+  std::unique_ptr<Geometry> const again(Lattices::instance().create_type(GetParam(), {}));
+  testing::internal::GetCapturedStdout();
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "tavelo: warning: parameter file " + shape().file +
+                " was missing; it is written with the default values, which are used\n");
+  EXPECT_EQ(again->n_actin_nodes, made->n_actin_nodes);
+  EXPECT_EQ(again->see_stiffness, shape().see);
 }
 
 TEST_P(AllLattices, TakeTheSeriesElementFromTheirFile) {
