@@ -7,7 +7,7 @@
 #include "elastic/XB_Models.h"
 #include "kinetics/fixed_dt_mc.h"
 #include "kinetics/model.h"
-#include "lattice/geometry_vertebrae.h"
+#include "lattice/geometry.h"
 #include "mechanics/filament.h"
 #include "mechanics/sarcomer.h"
 
@@ -22,15 +22,20 @@ void write_input() {
              "subsection huxley\nset f1=10\nset g1=20\nset g2=200\nset g3=1\nset h=8\nend\n");
   write_file("xb_ConstantStiffness.prm", "subsection ConstantStiffness\nset k=1.7\nend\n");
   write_file("see_ConstantStiffness.prm", "subsection ConstantStiffness\nset k=60\nend\n");
-  for (std::string const file : {"geom_vertebrae", "model_huxleyMyBPC", "model_dukeMyBPC"}) {
-    write_file((file + ".prm").c_str(), "");
+  write_file("geom_vertebrae.prm", "");
+  for (std::string const lattice : {"simple", "flight", "tolen"}) {
+    write_file(("geom_" + lattice + ".prm").c_str(),
+               "subsection see\nset see_stiffness=ConstantStiffness\nend\n");
   }
+  write_file("model_huxleyMyBPC.prm", "");
+  write_file("model_dukeMyBPC.prm", "");
   write_file("ca_protocol.dat", "0 1 0 0 1e-5\n");
 }
 
 }  // namespace
 
-BenchLattice::BenchLattice(unsigned n_filaments, std::string const& name)
+BenchLattice::BenchLattice(unsigned n_filaments, std::string const& name,
+                           std::string const& lattice_name)
     : model_name(name), home(std::filesystem::current_path()) {
   std::string pattern = (std::filesystem::temp_directory_path() / "tavelo-bench-XXXXXX").string();
   directory = mkdtemp(pattern.data());
@@ -44,7 +49,7 @@ BenchLattice::BenchLattice(unsigned n_filaments, std::string const& name)
   timeForAll = 1.0;  // beyond the time of the filtered diagnostics
   law = create_elastic_law("ConstantStiffness", "xb_");
   model = make_model();
-  geometry = std::make_unique<GeometryVertebrae>(GeometryParameter_s{});
+  geometry = create_component<Geometry>(lattice_name, GeometryParameter_s{}, "bench", "geometry");
   stepper = std::make_unique<FixedTimeStepMC>(*model, *model, dt, nullptr);
   sarcomer = std::make_unique<Sarcomer>(parameter, *geometry);
   for (unsigned i = 0; i < n_filaments; ++i) {

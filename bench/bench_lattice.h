@@ -1,6 +1,7 @@
 #pragma once
-/// A half-sarcomere of vertebrate filaments, in a temporary directory of its own: Huxley heads with
-/// the parameters of examples/isometric, or heads of another model with its default parameters.
+/// A half-sarcomere in a temporary directory of its own, of vertebrate filaments unless another
+/// lattice is named: Huxley heads with the parameters of examples/isometric, or heads of another
+/// model with its default parameters.
 
 #include <filesystem>
 #include <memory>
@@ -17,7 +18,8 @@ class XB_Model;
 
 class BenchLattice {
  public:
-  explicit BenchLattice(unsigned n_filaments, std::string const& model_name = "Huxley");
+  explicit BenchLattice(unsigned n_filaments, std::string const& model_name = "Huxley",
+                        std::string const& lattice_name = "Vertebrae");
   ~BenchLattice();
 
   /// One step of 0.0005 s at constant length; the two halves can be had alone.

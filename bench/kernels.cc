@@ -14,6 +14,7 @@
 #include "kinetics/fixed_dt_mc.h"
 #include "kinetics/model.h"
 #include "lattice/geometry.h"
+#include "lattice/geometry_tools.h"
 #include "mechanics/filament.h"
 #include "mechanics/sarcomer.h"
 #include "solver_clock.h"
@@ -61,18 +62,41 @@ void head_bound(benchmark::State& state) { head_step(state, true); }
 BENCHMARK(head_detached);
 BENCHMARK(head_bound);
 
-void candidate_search(benchmark::State& state) {
-  BenchLattice& lattice = plateau(10);
-  FilamentData const& data = lattice.sarcomer->filaments.front()->data;
-  std::vector<BindingSite_s> candidates;
-  std::size_t i = 0;
-  for (auto _ : state) {
-    candidates.clear();
-    lattice.geometry->get_binding_sites(data, data.heads[i++ % data.heads.size()], candidates);
-    benchmark::DoNotOptimize(candidates.data());
-  }
+benchmark::Counter time_of_each(benchmark::State const& state, std::size_t per_step) {
+  return {static_cast<double>(per_step * state.iterations()),
+          benchmark::Counter::kIsRate | benchmark::Counter::kInvert};
 }
-BENCHMARK(candidate_search);
+
+/// The search of one head, at the plateau of a tetanus on that lattice, and the part of it that
+/// falls to each site that was looked at: those in reach on the thin filaments that the head can
+/// see.
+void candidate_search(benchmark::State& state, std::string const& name) {
+  BenchLattice lattice(10, "Huxley", name);
+  for (int i = 0; i < steps_to_plateau; ++i) lattice.step();
+  FilamentData const& data = lattice.sarcomer->filaments.front()->data;
+  double const reach = name == "Simple" ? 20.0 : 15.0;
+  std::size_t visited = 0;
+  for (MyosinHead_s const& head : data.heads) {
+    bool const sees_one =
+        name == "Simple" || name == "Tolen" || (name == "Vertebrae" && head.crown_class() == 0);
+    std::size_t const last = sees_one ? 1 : data.position.size() - 1;
+    for (std::size_t fibre = 1; fibre <= last; ++fibre) {
+      auto const [first, end] =
+          axial_reach(data.position[fibre], data.position[0][head.node], reach);
+      visited += end - first;
+    }
+  }
+  std::vector<BindingSite_s> candidates;
+  for (auto _ : state) {
+    for (MyosinHead_s const& head : data.heads) {
+      candidates.clear();
+      lattice.geometry->get_binding_sites(data, head, candidates);
+      benchmark::DoNotOptimize(candidates.data());
+    }
+  }
+  state.counters["per_head"] = time_of_each(state, data.heads.size());
+  state.counters["per_site"] = time_of_each(state, visited);
+}
 
 constexpr unsigned segment_length = 7;
 
@@ -100,11 +124,6 @@ std::size_t regulation(benchmark::State& state, char const* activation, int indi
   std::vector<unsigned> segments(lattice.geometry->n_actin_chains());
   lattice.geometry->n_actin_segments(segment_length, segments);
   return std::accumulate(segments.begin(), segments.end(), 0u) * models.size();
-}
-
-benchmark::Counter time_of_each(benchmark::State const& state, std::size_t per_step) {
-  return {static_cast<double>(per_step * state.iterations()),
-          benchmark::Counter::kIsRate | benchmark::Counter::kInvert};
 }
 
 void rigid_segments(benchmark::State& state, char const* activation, int indicator,
@@ -192,6 +211,13 @@ void model_head_step(benchmark::State& state, std::string const& name) {
       benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }
 
+void register_lattices() {
+  for (auto const& type : Factory<Geometry, GeometryParameter_s>::instance().types()) {
+    benchmark::RegisterBenchmark(("candidate_search/" + type.first).c_str(), candidate_search,
+                                 type.first);
+  }
+}
+
 void register_models() {
   for (auto const& type : Factory<Model, ModelParameter_s>::instance().types()) {
     std::string const name = type.first;
@@ -216,6 +242,7 @@ int main(int argc, char** argv) {
   // The program's own standard output is sent to a file; the report goes to standard error.
   std::cout.rdbuf(std::cerr.rdbuf());
   benchmark::Initialize(&argc, argv);
+  register_lattices();
   register_models();
   benchmark::RunSpecifiedBenchmarks();
   return 0;

@@ -1,5 +1,8 @@
 #include "lattice/geometry.h"
 
+#include "control/parameter_file.h"
+#include "mechanics/filament_data.h"
+
 void Geometry::get_binding_sites(FilamentData const&, MyosinHead_s const&,
                                  std::vector<BindingSite_s>&) const {}
 
@@ -14,4 +17,42 @@ void Geometry::fibre_stiffness(std::vector<double> const& moduli, std::vector<do
   bool const known = fibre < moduli.size() && fibre < areas.size();
   e = known ? moduli[fibre] : 0.0;
   a = known ? areas[fibre] : 0.0;
+}
+
+void Geometry::declare_optional_see(dealii::ParameterHandler& handler) {
+  ParameterSection const see(handler, "see");
+  see.declare_selection("see_stiffness", "", "|ConstantStiffness|StiffnessFunction");
+  see.declare_double("see_damping_factor", "0.0");
+}
+
+void Geometry::get_see(dealii::ParameterHandler& handler, std::string const& file_name) {
+  ParameterSection const see(handler, "see", file_name);
+  see_stiffness = see.text("see_stiffness");
+  see_damping_factor = see.non_negative("see_damping_factor");
+}
+
+double Geometry::get_actin_length(ParameterSection const& actin, double dx_actin) {
+  double const length = actin.positive("length_actin");
+  if (!(length / dx_actin >= 2.0 && length / dx_actin < 1e6)) {
+    actin.refuse_value("length_actin", "2 to a million times dx_actin");
+  }
+  n_actin_nodes = static_cast<unsigned>(length / dx_actin);
+  return length;
+}
+
+unsigned Geometry::get_count(ParameterSection const& section, std::string const& key) {
+  unsigned const count = section.count(key, 1);
+  if (count > 1000000) section.refuse_value(key, "1 to a million");
+  return count;
+}
+
+void Geometry::place_nodes(std::valarray<double>& x, unsigned first, double start, double spacing) {
+  for (unsigned i = first; i < x.size(); ++i) x[i] = start + (i - first) * spacing;
+}
+
+void Geometry::add_crown(FilamentData& data, unsigned node, unsigned crown_class,
+                         std::initializer_list<unsigned> head_numbers) {
+  for (unsigned const number : head_numbers) {
+    data.heads.push_back({node, 0, 0, unbound, unbound, crown_class * 16 + number, 0, 0});
+  }
 }

@@ -6,7 +6,9 @@
 /// chains and segments that regulation works on. One object serves all filaments of a run and does
 /// not change while it runs.
 
+#include <initializer_list>
 #include <string>
+#include <valarray>
 #include <vector>
 
 #include "control/factory.h"
@@ -14,6 +16,7 @@
 struct BindingSite_s;
 struct FilamentData;
 struct MyosinHead_s;
+class ParameterSection;
 
 namespace dealii {
 class ParameterHandler;
@@ -72,6 +75,22 @@ class Geometry {
   /// Stiffness from per-fibre lists, the same in every lattice.
   static void fibre_stiffness(std::vector<double> const& moduli, std::vector<double> const& areas,
                               unsigned fibre, double& e, double& a);
+
+  /// Section `see` of a lattice that can do without: empty by default, and a whole run then stops.
+  static void declare_optional_see(dealii::ParameterHandler& handler);
+  void get_see(dealii::ParameterHandler& handler, std::string const& file_name);
+  /// Reads `length_actin` [nm] and sets the number of sites, `dx_actin` apart, that it has room
+  /// for.
+  double get_actin_length(ParameterSection const& actin, double dx_actin);
+
+  /// A whole number from 1 to a million, which is more than fits any filament.
+  static unsigned get_count(ParameterSection const& section, std::string const& key);
+
+  /// Rest coordinates of the nodes from number `first` on.
+  static void place_nodes(std::valarray<double>& x, unsigned first, double start, double spacing);
+  /// Appends the unbound heads of one crown, all driven by the slow model.
+  static void add_crown(FilamentData& data, unsigned node, unsigned crown_class,
+                        std::initializer_list<unsigned> head_numbers);
 };
 
 #define REGISTER_GEOMETRY(Derived, name) \

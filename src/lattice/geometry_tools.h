@@ -19,6 +19,14 @@ struct GeometryParameters_s {
   double radius_b;
 };
 
+/// One head and one face of a site seen end-on, the thick filament's axis being the origin.
+struct EndOnView_s {
+  double actin_x;  ///< axis of the thin filament
+  double actin_y;
+  double site_angle;  ///< azimuth of the site on the thin filament
+  double head_angle;  ///< azimuth of the head on the thick filament
+};
+
 /// The angle shifted by full turns into the range above -pi up to and including pi.
 double normalise_angle(double angle);
 

@@ -117,11 +117,7 @@ void GeometryVertebrae::get_parameters(dealii::ParameterHandler& handler) {
     titin_stiffness = titin.text("titin_stiffness");
     titin_length = titin.positive("titin_length");
   }
-  {
-    ParameterSection const see(handler, "see", parameter_file);
-    see_stiffness = see.text("see_stiffness");
-    see_damping_factor = see.non_negative("see_damping_factor");
-  }
+  get_see(handler, parameter_file);
   get_proteinC_parameters(handler);
 
   double const last_crown = (n_myosin_nodes - 2) * dx_myosin + myosin_offset;
@@ -152,11 +148,7 @@ void GeometryVertebrae::get_myosin_parameters(dealii::ParameterHandler& handler)
 void GeometryVertebrae::get_actin_parameters(dealii::ParameterHandler& handler) {
   ParameterSection const actin(handler, "actin", parameter_file);
   dx_actin = actin.positive("dx_actin");
-  double const length = actin.positive("length_actin");
-  if (!(length / dx_actin >= 2.0 && length / dx_actin < 1e6)) {
-    actin.refuse_value("length_actin", "2 to a million times dx_actin");
-  }
-  n_actin_nodes = static_cast<unsigned>(length / dx_actin);
+  double const length = get_actin_length(actin, dx_actin);
   actin_period = actin.count("actin_period", 1);
   for (char const* fibre : {"1", "2"}) {
     e.push_back(actin.positive(std::string("e_actin") + fibre));
@@ -194,27 +186,32 @@ double GeometryVertebrae::get_actin_angle(unsigned site) const {
   return angle;
 }
 
-void GeometryVertebrae::get_angles(unsigned head, unsigned crown, unsigned site, unsigned fibre,
-                                   std::vector<BindingSite_s>& out) const {
+EndOnView_s GeometryVertebrae::end_on(unsigned head, unsigned crown, unsigned site,
+                                      unsigned fibre) const {
   constexpr double head_angles[] = {3.141592653589793, 1.0471975511965976, 5.235987755982989};
   constexpr double crown_azimuths[] = {0.0, 0.6981317007977318, -0.6981317007977318};
-  constexpr double widest_bearing = 1.0471975511965976;
 
   double const d = d_actin_myosin;
-  Point2 const myosin(0.0, 0.0);
-  Point2 actin =
-      fibre == 1 ? Point2(d, 0.0) : Point2(0.5000000000000001 * d, 0.8660254037844386 * d);
+  double actin_x = fibre == 1 ? d : 0.5000000000000001 * d;
+  double actin_y = fibre == 1 ? 0.0 : 0.8660254037844386 * d;
   unsigned facing = head;
   if (crown == 2) {
     // The third class sees fibre 2 mirrored, with its heads one place on.
-    if (fibre != 1) actin[1] = -actin[1];
+    if (fibre != 1) actin_y = -actin_y;
     facing = (head + 1) % heads_per_crown;
   }
-  double const phi = get_actin_angle(site) + head_angles[facing];
+  return {actin_x, actin_y, get_actin_angle(site) + head_angles[facing], crown_azimuths[crown]};
+}
+
+void GeometryVertebrae::get_angles(unsigned head, unsigned crown, unsigned site, unsigned fibre,
+                                   std::vector<BindingSite_s>& out) const {
+  constexpr double widest_bearing = 1.0471975511965976;
+
+  EndOnView_s const view = end_on(head, crown, site, fibre);
   double offset_b = 0.0;
   double offset_a = 0.0;
-  bool const in_sight = find_angle(actin, myosin, phi, crown_azimuths[crown],
-                                   {radius_actin, radius_myosin}, offset_b, offset_a);
+  bool const in_sight = find_angle({view.actin_x, view.actin_y}, {0.0, 0.0}, view.site_angle,
+                                   view.head_angle, radii(), offset_b, offset_a);
   if (!in_sight || !(std::abs(offset_b) < widest_bearing)) return;
   double const weight = (1.0 + std::cos(3.95 * offset_b)) * (1.0 + std::cos(2.0 * offset_a));
   out.push_back({weight, site, fibre});
@@ -295,10 +292,8 @@ void GeometryVertebrae::get_binding_sites(FilamentData const& data, MyosinHead_s
 void GeometryVertebrae::initialize_filament(FilamentData& data) const {
   std::vector<unsigned> node_counts = {n_myosin_nodes, n_actin_nodes, n_actin_nodes};
   data.initialize(node_counts);
-  for (unsigned i = 1; i < n_myosin_nodes; ++i) data.x[0][i] = myosin_offset + (i - 1) * dx_myosin;
-  for (unsigned fibre = 1; fibre <= 2; ++fibre) {
-    for (unsigned j = 0; j < n_actin_nodes; ++j) data.x[fibre][j] = a_offset + j * dx_actin;
-  }
+  place_nodes(data.x[0], 1, myosin_offset, dx_myosin);
+  for (unsigned fibre = 1; fibre <= 2; ++fibre) place_nodes(data.x[fibre], 0, a_offset, dx_actin);
   if (nebulinDeficiency != 0) {
     double const longest = dx_actin * n_actin_nodes;
     for (unsigned fibre = 1; fibre <= 2; ++fibre) {

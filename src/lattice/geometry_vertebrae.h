@@ -22,6 +22,7 @@
 #include <vector>
 
 #include "lattice/geometry.h"
+#include "lattice/geometry_tools.h"
 
 class GeometryVertebrae : public Geometry {
  public:
@@ -45,12 +46,16 @@ class GeometryVertebrae : public Geometry {
   unsigned get_site(unsigned segment_size, unsigned chain, unsigned segment,
                     unsigned index) const override;
 
-  /// Places one head against one site and appends at most one candidate, its weight not yet scaled.
+  /// Places one head against one site.
+  EndOnView_s end_on(unsigned head, unsigned crown, unsigned site, unsigned fibre) const;
+  /// Looks from that head at that site and appends at most one candidate, its weight not yet
+  /// scaled.
   void get_angles(unsigned head, unsigned crown, unsigned site, unsigned fibre,
                   std::vector<BindingSite_s>& out) const;
   /// The same from the table, with the scaled weight.
   void get_angles_cached(unsigned head, unsigned crown, unsigned site, unsigned fibre,
                          std::vector<BindingSite_s>& out) const;
+  GeometryParameters_s radii() const { return {radius_actin, radius_myosin}; }
   /// Azimuth of a site: odd and even sites are the two strands, half a turn apart.
   double get_actin_angle(unsigned site) const;
 

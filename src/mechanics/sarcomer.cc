@@ -28,7 +28,8 @@ XB_Model* create_series_law(std::string const& name, std::string const& prefix) 
 }
 
 std::string no_law(std::string const& key, std::string const& name) {
-  return "the lattice's parameter file: " + key + " is '" + name + "', which has no class here";
+  return "the lattice's parameter file: " + key + " is '" + name +
+         "'; accepted: ConstantStiffness or StiffnessFunction";
 }
 
 }  // namespace

@@ -27,6 +27,9 @@
 #include "kinetics/model_rombel.h"
 #include "kinetics/model_tolen9_C3.h"
 #include "kinetics/model_vorn.h"
+#include "lattice/geometry_flight.h"
+#include "lattice/geometry_simple.h"
+#include "lattice/geometry_tolen.h"
 #include "lattice/geometry_vertebrae.h"
 
 namespace {
@@ -77,6 +80,9 @@ TEST(ParameterDocs, NameEveryKeyWithItsDefaultAndNoOther) {
   std::map<std::string, Rows> const pages = {
       {"simulation.md", declared<SimParameter>()},
       {"numeric_mc.md", declared<McModelParameters>()},
+      {"geom_flight.md", declared<GeometryFlight>()},
+      {"geom_simple.md", declared<GeometrySimple>()},
+      {"geom_tolen.md", declared<GeometryTolen>()},
       {"geom_vertebrae.md", declared<GeometryVertebrae>()},
       {"model_brek_atpase_fiber.md", declared<ModelBrekAtpaseFiber>()},
       {"model_duke.md", declared<ModelDuke>()},

@@ -9,33 +9,19 @@
 #include <cmath>
 #include <set>
 
-#include "mechanics/filament_data.h"
+#include "support/lattice_settings.h"
 #include "support/scripted_rand.h"
 #include "support/stdout_to_stderr.h"
-#include "support/work_dir.h"
 
 namespace {
 
 /// A lattice with default parameters but for those of one or more "section: key = value" settings.
 struct Lattice : GeometryVertebrae {
   explicit Lattice(std::vector<std::string> const& settings = {})
-      : GeometryVertebrae((write(settings), GeometryParameter_s{})) {}
-
-  static void write(std::vector<std::string> const& settings) {
-    std::string text;
-    for (std::string const& setting : settings) {
-      auto const colon = setting.find(':');
-      text += "subsection " + setting.substr(0, colon) + "\n  set" + setting.substr(colon + 1) +
-              "\nend\n";
-    }
-    write_file("geom_vertebrae.prm", text);
+      : GeometryVertebrae((write_settings("geom_vertebrae.prm", settings), GeometryParameter_s{})) {
   }
 
-  FilamentData filament() const {
-    FilamentData data;
-    initialize_filament(data);
-    return data;
-  }
+  FilamentData filament() const { return filament_of(*this); }
 
   using Angles = decltype(&GeometryVertebrae::get_angles);
 

@@ -1,0 +1,220 @@
+#include "lattice/geometry_flight.h"
+
+#include <deal.II/base/point.h>
+
+#include <cmath>
+#include <cstdio>
+
+#include "control/diagnostics.h"
+#include "control/parameter_file.h"
+#include "lattice/geometry_tools.h"
+#include "mechanics/filament_data.h"
+
+REGISTER_GEOMETRY(GeometryFlight, "Flight");
+
+namespace {
+
+constexpr char const* parameter_file = "geom_flight.prm";
+
+constexpr unsigned crown_classes = 2;
+constexpr unsigned heads_per_crown = 4;
+constexpr unsigned thin_filaments = 3;
+constexpr double out_of_reach = -1.0;
+
+/// Centre of a thin filament at distance d, the thick filament's being the origin.
+Point2 actin_centre(unsigned fibre, unsigned crown, double d) {
+  if (fibre == 1) return {d, 0.0};
+  if (fibre == 2) return {0.5000000000000001 * d, 0.8660254037844386 * d};
+  if (crown == 0) return {-0.4999999999999998 * d, 0.8660254037844387 * d};
+  return {0.4999999999999998 * d, -0.8660254037844387 * d};
+}
+
+}  // namespace
+
+GeometryFlight::GeometryFlight(GeometryParameter_s const&) {
+  load_parameters(*this, parameter_file);
+  build_tables();
+}
+
+void GeometryFlight::declare_parameters(dealii::ParameterHandler& handler) {
+  {
+    ParameterSection const myosin(handler, "myosin");
+    myosin.declare_double("myosin_offset", "125.0");
+    myosin.declare_integer("myosin_heads", "49");
+    myosin.declare_double("dx_myosin", "14.5");
+    myosin.declare_double("e_mysoin", "3.52e3");
+    myosin.declare_double("a_mysoin", "50.0");
+  }
+  {
+    ParameterSection const actin(handler, "actin");
+    actin.declare_double("dx_actin", "2.77");
+    actin.declare_double("length_actin", "1050.0");
+    actin.declare_integer("actin_period", "13");
+    for (std::string const fibre : {"1", "2", "3"}) {
+      actin.declare_double("e_actin" + fibre, "1.27e3");
+      actin.declare_double("a_actin" + fibre, "50.4");
+    }
+  }
+  {
+    ParameterSection const axial(handler, "axial");
+    axial.declare_double("radius_actin", "3.5");
+    axial.declare_double("radius_myosin", "7.0");
+    axial.declare_double("d_actin_myosin", "30.0");
+  }
+  {
+    ParameterSection const numerics(handler, "numerics");
+    numerics.declare_double("xamax", "15.0");
+  }
+  declare_optional_see(handler);
+}
+
+void GeometryFlight::get_parameters(dealii::ParameterHandler& handler) {
+  {
+    ParameterSection const myosin(handler, "myosin", parameter_file);
+    myosin_offset = myosin.positive("myosin_offset");
+    n_myosin_nodes = get_count(myosin, "myosin_heads");
+    dx_myosin = myosin.positive("dx_myosin");
+    e.push_back(myosin.positive("e_mysoin"));
+    a.push_back(myosin.positive("a_mysoin"));
+  }
+  get_actin_parameters(handler);
+  {
+    ParameterSection const axial(handler, "axial", parameter_file);
+    radius_actin = axial.positive("radius_actin");
+    radius_myosin = axial.positive("radius_myosin");
+    d_actin_myosin = axial.positive("d_actin_myosin");
+  }
+  {
+    ParameterSection const numerics(handler, "numerics", parameter_file);
+    xamax = numerics.positive("xamax");
+  }
+  get_see(handler, parameter_file);
+}
+
+void GeometryFlight::get_actin_parameters(dealii::ParameterHandler& handler) {
+  ParameterSection const actin(handler, "actin", parameter_file);
+  dx_actin = actin.positive("dx_actin");
+  get_actin_length(actin, dx_actin);
+  actin_period = get_count(actin, "actin_period");
+  for (std::string const fibre : {"1", "2", "3"}) {
+    e.push_back(actin.positive("e_actin" + fibre));
+    a.push_back(actin.positive("a_actin" + fibre));
+  }
+}
+
+void GeometryFlight::get_fibre_stiffness(unsigned fibre, double& e_fibre, double& a_fibre) const {
+  fibre_stiffness(e, a, fibre, e_fibre, a_fibre);
+}
+
+// Steric weights
+
+EndOnView_s GeometryFlight::end_on(unsigned head, unsigned crown, unsigned site, unsigned fibre,
+                                   unsigned face) const {
+  constexpr double head_azimuths[] = {0.0, M_PI_2, 0.0, M_PI_2};
+  constexpr double crown_azimuths[] = {0.0, -M_PI_4};
+  constexpr double faces[][heads_per_crown] = {{0.0, M_PI, M_PI, 0.0}, {M_PI, 0.0, 0.0, M_PI}};
+
+  double const phi = site % actin_period * 2.0 * M_PI / actin_period;
+  Point2 const actin = actin_centre(fibre, crown, d_actin_myosin);
+  return {actin[0], actin[1], phi + faces[face][head], head_azimuths[head] + crown_azimuths[crown]};
+}
+
+void GeometryFlight::get_angles(unsigned head, unsigned crown, unsigned site, unsigned fibre,
+                                std::vector<BindingSite_s>& out) const {
+  constexpr double widest_bearing = 1.0471975511965976;
+
+  for (unsigned const face : {0u, 1u}) {
+    EndOnView_s const view = end_on(head, crown, site, fibre, face);
+    double offset_b = 0.0;
+    double offset_a = 0.0;
+    bool const in_sight = find_angle({view.actin_x, view.actin_y}, {0.0, 0.0}, view.site_angle,
+                                     view.head_angle, radii(), offset_b, offset_a);
+    if (!in_sight || !(std::abs(offset_b) < widest_bearing)) continue;
+    double const weight = (1.0 + std::cos(3.0 * offset_b)) * (1.0 + std::cos(2.0 * offset_a));
+    out.push_back({weight, site, fibre});
+  }
+}
+
+std::size_t GeometryFlight::table_index(unsigned head, unsigned crown, unsigned site) const {
+  return head + (crown + std::size_t{site % actin_period} * crown_classes) * heads_per_crown;
+}
+
+std::valarray<double> const* GeometryFlight::weights_of(unsigned fibre) const {
+  if (fibre == 1) return &weights_fibre1;
+  if (fibre == 2) return &weights_fibre2;
+  return fibre == 3 ? &weights_fibre3 : nullptr;
+}
+
+void GeometryFlight::build_tables() {
+  std::valarray<double>* const tables[] = {&weights_fibre1, &weights_fibre2, &weights_fibre3};
+  for (auto* const table : tables) {
+    table->resize(std::size_t{actin_period} * crown_classes * heads_per_crown, 0.0);
+  }
+  double sum = 0.0;
+  int count = 0;
+  std::vector<BindingSite_s> out;
+  for (unsigned site = 0; site < actin_period; ++site) {
+    for (unsigned crown = 0; crown < crown_classes; ++crown) {
+      for (unsigned head = 0; head < heads_per_crown; ++head) {
+        for (unsigned fibre = 1; fibre <= thin_filaments; ++fibre) {
+          out.clear();
+          get_angles(head, crown, site, fibre, out);
+          if (out.size() > 1) std::printf("Error initialising Flight geometry!\n");
+          (*tables[fibre - 1])[table_index(head, crown, site)] =
+              out.empty() ? out_of_reach : out[0].weight;
+          if (out.empty()) continue;
+          sum += out[0].weight;
+          ++count;
+        }
+      }
+    }
+  }
+  if (!(sum > 0.0)) {
+    stop(std::string(parameter_file) + ": with these radii and distances no head can see any site");
+  }
+  for (auto* const table : tables) *table /= sum / count;
+}
+
+void GeometryFlight::get_angles_cached(unsigned head, unsigned crown, unsigned site, unsigned fibre,
+                                       std::vector<BindingSite_s>& out, double factor) const {
+  auto const* const weights = weights_of(fibre);
+  if (!weights) return;
+  double const weight = (*weights)[table_index(head, crown, site)];
+  if (weight > 0.0) out.push_back({weight * factor, site, fibre});
+}
+
+void GeometryFlight::get_binding_sites(FilamentData const& data, MyosinHead_s const& head,
+                                       std::vector<BindingSite_s>& candidates) const {
+  candidates.reserve(20);
+  unsigned const crown = head.crown_class();
+  unsigned const number = head.number_in_crown();
+  double const centre = data.position[head.fibre][head.node];
+  for (unsigned fibre = 1; fibre <= thin_filaments; ++fibre) {
+    auto const [first, end] = axial_reach(data.position[fibre], centre, xamax);
+    // Most sites in reach face away, so the weight is looked at before the site itself.
+    auto const& weights = *weights_of(fibre);
+    std::size_t index = table_index(number, crown, first);
+    for (unsigned site = first; site < end; ++site, index += crown_classes * heads_per_crown) {
+      if (index >= weights.size()) index -= weights.size();
+      double const weight = weights[index];
+      if (!(weight > 0.0) || data.bound_count[fibre][site] != 0) continue;
+      double const k_on_factor = data.sites[fibre][site].k_on_factor;
+      if (k_on_factor > 0.0) candidates.push_back({weight * k_on_factor, site, fibre});
+    }
+  }
+}
+
+// Layout
+
+void GeometryFlight::initialize_filament(FilamentData& data) const {
+  std::vector<unsigned> node_counts = {n_myosin_nodes, n_actin_nodes, n_actin_nodes, n_actin_nodes};
+  data.initialize(node_counts);
+  place_nodes(data.x[0], 1, myosin_offset, dx_myosin);
+  for (unsigned fibre = 1; fibre <= thin_filaments; ++fibre) {
+    place_nodes(data.x[fibre], 0, myosin_offset, dx_actin);
+  }
+  for (unsigned i = 0; i + 1 < n_myosin_nodes; ++i) {
+    add_crown(data, i + 1, i % crown_classes, {0, 1, 2, 3});
+  }
+  data.position = data.x;
+}

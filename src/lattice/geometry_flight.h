@@ -1,0 +1,72 @@
+#pragma once
+/// Lattice of an insect flight muscle: a thick filament with crowns of four heads and three thin
+/// filaments beside it.
+///
+/// As in the vertebrate lattice a table, made once, holds the steric weight of each angular phase
+/// of a site, crown class and head of a crown on each thin filament,
+///
+///     weight = (1 + cos(3 offset_b)) (1 + cos(2 offset_a)),
+///
+/// with `offset_b` the bearing of the site from the head (less than 60 degrees) and `offset_a` the
+/// turn of the site away from the head, scaled to a mean of 1 over all pairs that can bind. A site
+/// has two faces, half a turn apart. A candidate's weight is the table's times the site's
+/// `k_on_factor`.
+///
+/// The first sites stand level with the first crown. All heads are slow ones.
+///
+/// Units: lengths in nm, moduli in pN/nm^2, cross-sections in nm^2.
+/// Refuses: lengths, spacings, periods, moduli and cross-sections not above 0, thin filaments of
+/// fewer than two sites, fewer than one thick node.
+
+#include <valarray>
+#include <vector>
+
+#include "lattice/geometry.h"
+#include "lattice/geometry_tools.h"
+
+class GeometryFlight : public Geometry {
+ public:
+  explicit GeometryFlight(GeometryParameter_s const&);
+
+  static void declare_parameters(dealii::ParameterHandler& handler);
+  void get_parameters(dealii::ParameterHandler& handler);
+
+  bool is_actin(unsigned fibre) const override { return fibre != 0; }
+  void get_binding_sites(FilamentData const& data, MyosinHead_s const& head,
+                         std::vector<BindingSite_s>& candidates) const override;
+  void initialize_filament(FilamentData& data) const override;
+  void get_fibre_stiffness(unsigned fibre, double& e_fibre, double& a_fibre) const override;
+
+  /// Places one head against a face, 0 or 1, of a site.
+  EndOnView_s end_on(unsigned head, unsigned crown, unsigned site, unsigned fibre,
+                     unsigned face) const;
+  /// Looks from that head at both faces of that site and appends a candidate, its weight not yet
+  /// scaled, for each that it can bind.
+  void get_angles(unsigned head, unsigned crown, unsigned site, unsigned fibre,
+                  std::vector<BindingSite_s>& out) const;
+  /// The same from the table, with the scaled weight times `factor`.
+  void get_angles_cached(unsigned head, unsigned crown, unsigned site, unsigned fibre,
+                         std::vector<BindingSite_s>& out, double factor) const;
+  GeometryParameters_s radii() const { return {radius_actin, radius_myosin}; }
+
+ private:
+  void get_actin_parameters(dealii::ParameterHandler& handler);
+  void build_tables();
+  std::size_t table_index(unsigned head, unsigned crown, unsigned site) const;
+  /// Table of a thin filament, 1 to 3; null for any other fibre.
+  std::valarray<double> const* weights_of(unsigned fibre) const;
+
+  double myosin_offset = 0.0;
+  double dx_myosin = 0.0;
+  double dx_actin = 0.0;
+  unsigned actin_period = 0;
+  double xamax = 0.0;
+  double radius_actin = 0.0;
+  double radius_myosin = 0.0;
+  double d_actin_myosin = 0.0;
+  std::vector<double> e;
+  std::vector<double> a;
+  std::valarray<double> weights_fibre1;
+  std::valarray<double> weights_fibre2;
+  std::valarray<double> weights_fibre3;
+};

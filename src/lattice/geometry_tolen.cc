@@ -1,0 +1,196 @@
+#include "lattice/geometry_tolen.h"
+
+#include <cmath>
+#include <cstdio>
+
+#include "control/parameter_file.h"
+#include "lattice/geometry_tools.h"
+#include "mechanics/filament_data.h"
+
+REGISTER_GEOMETRY(GeometryTolen, "Tolen");
+
+namespace {
+
+constexpr char const* parameter_file = "geom_tolen.prm";
+
+constexpr unsigned thin_filaments = 2;
+constexpr unsigned crown_classes = 3;
+constexpr unsigned head_numbers = 3;
+constexpr double third_of_turn = 2.0943951023931953;
+constexpr double degrees25 = 0.4363323129985824;
+constexpr double degrees20 = 0.3490658503988659;
+constexpr double beyond_limit = -99.0;
+
+}  // namespace
+
+GeometryTolen::GeometryTolen(GeometryParameter_s const&) {
+  load_parameters(*this, parameter_file);
+  create_umap();
+  tabulate_distances();
+}
+
+void GeometryTolen::declare_parameters(dealii::ParameterHandler& handler) {
+  {
+    ParameterSection const myosin(handler, "myosin");
+    myosin.declare_double("myosin_offset", "125.0");
+    myosin.declare_integer("myosin_heads", "49");
+    myosin.declare_double("dx_myosin", "14.3");
+    myosin.declare_double("e_mysoin", "3.52e3");
+    myosin.declare_double("a_mysoin", "50.0");
+  }
+  {
+    ParameterSection const actin(handler, "actin");
+    actin.declare_double("dx_actin", "2.77");
+    actin.declare_double("length_actin", "1050.0");
+    actin.declare_integer("actin_period", "13");
+    for (std::string const fibre : {"1", "2"}) {
+      actin.declare_double("e_actin" + fibre, "1.27e3");
+      actin.declare_double("a_actin" + fibre, "50.4");
+    }
+  }
+  {
+    ParameterSection const numerics(handler, "numerics");
+    numerics.declare_double("xamax", "15.0");
+    numerics.declare_selection("model", "C4", "C3|C4");
+  }
+  declare_optional_see(handler);
+}
+
+void GeometryTolen::get_parameters(dealii::ParameterHandler& handler) {
+  {
+    ParameterSection const myosin(handler, "myosin", parameter_file);
+    myosin_offset = myosin.positive("myosin_offset");
+    n_myosin_nodes = get_count(myosin, "myosin_heads");
+    dx_myosin = myosin.positive("dx_myosin");
+    e.push_back(myosin.positive("e_mysoin"));
+    a.push_back(myosin.positive("a_mysoin"));
+  }
+  {
+    ParameterSection const actin(handler, "actin", parameter_file);
+    dx_actin = actin.positive("dx_actin");
+    get_actin_length(actin, dx_actin);
+    actin_period = get_count(actin, "actin_period");
+    for (std::string const fibre : {"1", "2"}) {
+      e.push_back(actin.positive("e_actin" + fibre));
+      a.push_back(actin.positive("a_actin" + fibre));
+    }
+  }
+  {
+    ParameterSection const numerics(handler, "numerics", parameter_file);
+    xamax = numerics.positive("xamax");
+    model_c4 = numerics.text("model") == "C4" ? 1 : 0;
+  }
+  get_see(handler, parameter_file);
+}
+
+void GeometryTolen::get_fibre_stiffness(unsigned fibre, double& e_fibre, double& a_fibre) const {
+  fibre_stiffness(e, a, fibre, e_fibre, a_fibre);
+}
+
+// Angles
+
+void GeometryTolen::create_umap() {
+  create_head_azimuths();
+  for (unsigned fibre = 0; fibre < thin_filaments; ++fibre) {
+    for (unsigned crown = 0; crown < crown_classes; ++crown) {
+      for (unsigned head = 0; head < head_numbers; ++head) {
+        for (unsigned k = 0; k < 3; ++k) {
+          double const target = M_PI + crown * third_of_turn / 3.0 + k * third_of_turn;
+          if (angular_distance(target, head_azimuth[head][fibre]) < degrees25) {
+            umap[fibre][crown][head] = k + 1.0;
+          }
+        }
+      }
+    }
+  }
+  for (unsigned fibre = 0; fibre < thin_filaments; ++fibre) {
+    std::printf("Actin %i \n", static_cast<int>(fibre));
+    for (unsigned head = 0; head < head_numbers; ++head) {
+      for (auto const& crown : umap[fibre]) std::printf("%e ", crown[head]);
+      std::printf("\n");
+    }
+  }
+}
+
+void GeometryTolen::create_head_azimuths() {
+  for (unsigned head = 0; head < head_numbers; ++head) {
+    double const azimuth = head * third_of_turn;
+    head_azimuth[head][0] = normalise_angle(azimuth);
+    head_azimuth[head][1] = normalise_angle(azimuth + M_PI);
+    std::printf("%i %f %f\n", static_cast<int>(head), head_azimuth[head][0], head_azimuth[head][1]);
+  }
+}
+
+double GeometryTolen::get_actin_angle(unsigned site) const {
+  double const n = actin_period;
+  if (model_c4 != 0) {
+    double const phi = normalise_angle(site % actin_period * (n - 1.0) * -M_PI / n);
+    return phi < 0.0 ? phi + 2.0 * M_PI : phi;
+  }
+  double phi = site / 2 % actin_period * (2.0 * M_PI) / n;
+  if (site % 2 == 1) phi += M_PI;
+  return phi > 2.0 * M_PI ? phi - 2.0 * M_PI : phi;
+}
+
+double GeometryTolen::distance(unsigned head, unsigned site, unsigned fibre) const {
+  double const limit = model_c4 != 0 ? degrees25 : degrees20;
+  double const found = angular_distance(get_actin_angle(site), head_azimuth[head][fibre - 1]);
+  return found < limit ? found : beyond_limit;
+}
+
+void GeometryTolen::tabulate_distances() {
+  for (unsigned fibre = 1; fibre <= thin_filaments; ++fibre) {
+    for (unsigned head = 0; head < head_numbers; ++head) {
+      auto& table = distances[fibre - 1][head];
+      table.resize(n_actin_nodes);
+      for (unsigned site = 0; site < n_actin_nodes; ++site) {
+        table[site] = distance(head, site, fibre);
+      }
+    }
+  }
+}
+
+void GeometryTolen::get_angles(unsigned head, unsigned crown, unsigned site, unsigned fibre,
+                               std::vector<BindingSite_s>& out) const {
+  if (faces(head, crown, fibre)) out.push_back({distance(head, site, fibre), site, fibre});
+}
+
+void GeometryTolen::get_binding_sites(FilamentData const& data, MyosinHead_s const& head,
+                                      std::vector<BindingSite_s>& candidates) const {
+  unsigned const number = head.number_in_crown();
+  double const centre = data.position[head.fibre][head.node];
+  BindingSite_s best = {2.0 * M_PI, 0, 0};
+  for (unsigned fibre = 1; fibre <= thin_filaments; ++fibre) {
+    if (!faces(number, head.crown_class(), fibre)) continue;
+    auto const& table = distances[fibre - 1][number];
+    auto const [first, end] = axial_reach(data.position[fibre], centre, xamax);
+    for (unsigned site = first; site < end; ++site) {
+      // The first of equals stands.
+      if (table[site] >= 0.0 && table[site] < best.weight) best = {table[site], site, fibre};
+    }
+  }
+  if (best.fibre == 0) return;
+  candidates.reserve(3);
+  auto const& sites = data.sites[best.fibre];
+  for (unsigned from_strand : {0u, 2u, 4u}) {
+    if (best.site + from_strand < 2) continue;
+    unsigned const site = best.site + from_strand - 2;
+    if (site >= sites.size() || data.bound_count[best.fibre][site] != 0) continue;
+    if (sites[site].k_on_factor > 0.0) candidates.push_back({1.0, site, best.fibre});
+  }
+}
+
+// Layout
+
+void GeometryTolen::initialize_filament(FilamentData& data) const {
+  std::vector<unsigned> node_counts = {n_myosin_nodes, n_actin_nodes, n_actin_nodes};
+  data.initialize(node_counts);
+  place_nodes(data.x[0], 1, myosin_offset, dx_myosin);
+  for (unsigned fibre = 1; fibre <= thin_filaments; ++fibre) {
+    place_nodes(data.x[fibre], 0, 0.0, dx_actin);
+  }
+  for (unsigned node = 1; node < n_myosin_nodes; ++node) {
+    add_crown(data, node, node % crown_classes, {0, 1, 2, 0, 1, 2});
+  }
+  data.position = data.x;
+}
