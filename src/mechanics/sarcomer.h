@@ -137,8 +137,12 @@ class Sarcomer {
   void join_thick_end(Place const& place, unsigned d, Constraints& constraints);
   void join_actin_end(Place const& place, unsigned d, bool is_master, Constraints& constraints);
   unsigned number_dofs();
+  void assemble(System& system);
   void assemble_matrix(System& system);
   void assemble_rhs(System& system);
+  /// Takes the correction `du` over into the displacements first.
+  void correct_and_assemble_rhs(System& system, Vector const& du);
+  void finish_rhs(System& system);
   void solve_pass(System& system, DirectSolver& solver, Vector& du) const;
   void hold_ends(System& system);
   void log_pass(System const& system, Vector const& du, int pass) const;

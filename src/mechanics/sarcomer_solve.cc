@@ -118,8 +118,7 @@ int Sarcomer::assemble_and_solve(double time, bool update) {
     stop_with_message("Prescribed Force : NO CROSSBRIDGES -> displacement = inf",
                       "no head is bound" + at_step() + "; begin with a row of length control");
   }
-  assemble_matrix(system);
-  assemble_rhs(system);
+  assemble(system);
   refuse_floating(system);
   system.condense_and_hold();
 
@@ -128,13 +127,13 @@ int Sarcomer::assemble_and_solve(double time, bool update) {
   Vector unapplied(update ? 0 : system.n);
   for (int pass = 1;; ++pass) {
     solve_pass(system, solver, du);
-    if (update) {
-      see_displacement += du[see_dof];
-      for (auto const& filament : filaments) filament->correct(du);
-    }
     system.rhs = system.load;
     if (pass == 1 && is_displacement_mode()) hold_ends(system);
-    assemble_rhs(system);
+    if (update) {
+      correct_and_assemble_rhs(system, du);
+    } else {
+      assemble_rhs(system);
+    }
     log_pass(system, du, pass);
     if (update) {
       CalculateResults(du, system.rhs);
@@ -180,14 +179,36 @@ void Sarcomer::create_boundary(System& system) {
   }
 }
 
+// What is done to one filament is done at once: the data of many filaments don't fit the cache.
+
+void Sarcomer::assemble(System& system) {
+  system.matrix = 0.0;
+  for (auto const& filament : filaments) filament->create_matrix(system.matrix, system.rhs);
+  see_create_matrix(system.matrix);
+  finish_rhs(system);
+}
+
 void Sarcomer::assemble_matrix(System& system) {
   system.matrix = 0.0;
   for (auto const& filament : filaments) filament->create_matrix(system.matrix);
   see_create_matrix(system.matrix);
 }
 
+void Sarcomer::correct_and_assemble_rhs(System& system, Vector const& du) {
+  see_displacement += du[see_dof];
+  for (auto const& filament : filaments) {
+    filament->correct(du);
+    filament->create_rhs(system.rhs);
+  }
+  finish_rhs(system);
+}
+
 void Sarcomer::assemble_rhs(System& system) {
   for (auto const& filament : filaments) filament->create_rhs(system.rhs);
+  finish_rhs(system);
+}
+
+void Sarcomer::finish_rhs(System& system) {
   see_create_rhs(system.rhs);
   for (unsigned i = 0; i < system.n; ++i) {
     if (std::isfinite(system.rhs[i])) continue;
