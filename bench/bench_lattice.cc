@@ -40,7 +40,7 @@ BenchLattice::BenchLattice(unsigned n_filaments, std::string const& name,
   std::string pattern = (std::filesystem::temp_directory_path() / "tavelo-bench-XXXXXX").string();
   directory = mkdtemp(pattern.data());
   std::filesystem::current_path(directory);
-  fOutputFile = std::fopen("TaveloOutput.lst", "wt");
+  listing = fOutputFile = std::fopen("TaveloOutput.lst", "wt");
   if (!std::freopen("stdout.txt", "w", stdout)) std::abort();
   write_file((model_name + ".prm").c_str(), "");
   write_input();
@@ -58,8 +58,8 @@ BenchLattice::BenchLattice(unsigned n_filaments, std::string const& name,
 }
 
 BenchLattice::~BenchLattice() {
-  std::fclose(fOutputFile);
-  fOutputFile = nullptr;
+  std::fclose(listing);
+  if (fOutputFile == listing) fOutputFile = nullptr;
   std::filesystem::current_path(home);
   std::filesystem::remove_all(directory);
 }

@@ -3,6 +3,7 @@
 /// lattice is named: Huxley heads with the parameters of examples/isometric, or heads of another
 /// model with its default parameters.
 
+#include <cstdio>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -42,4 +43,5 @@ class BenchLattice {
   XB_Model* law;
   std::filesystem::path home;
   std::filesystem::path directory;
+  std::FILE* listing = nullptr;
 };

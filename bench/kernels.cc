@@ -176,6 +176,31 @@ void whole_step(benchmark::State& state) {
 }
 BENCHMARK(whole_step)->Arg(10)->Arg(100)->Arg(1000)->Unit(benchmark::kMillisecond);
 
+/// What a filament costs among 1,000 against what it costs among 10. The two take turns of about
+/// the same time, as a shared machine changes its speed by more than they differ.
+void filament_of_1000_against_10(benchmark::State& state) {
+  constexpr int steps_of_few = 150;
+  BenchLattice few(10);
+  for (int i = 0; i < steps_to_plateau; ++i) few.step();
+  BenchLattice many(1000);
+  for (int i = 0; i < steps_to_plateau; ++i) many.step();
+  double among_few = 0.0;
+  double among_many = 0.0;
+  for (auto _ : state) {
+    auto const start = Clock::now();
+    for (int i = 0; i < steps_of_few; ++i) few.step();
+    among_few += seconds_since(start) / (10.0 * steps_of_few);
+    auto const middle = Clock::now();
+    many.step();
+    among_many += seconds_since(middle) / 1000.0;
+  }
+  using benchmark::Counter;
+  state.counters["among_10"] = Counter(among_few, Counter::kAvgIterations);
+  state.counters["among_1000"] = Counter(among_many, Counter::kAvgIterations);
+  state.counters["ratio"] = among_many / among_few;
+}
+BENCHMARK(filament_of_1000_against_10)->Iterations(40)->Unit(benchmark::kMillisecond);
+
 /// The mean of all rates of a model over the strains from -10 to 10 nm.
 void rate(benchmark::State& state, std::string const& name) {
   BenchLattice const lattice(1, name);
