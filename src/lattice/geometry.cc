@@ -26,6 +26,7 @@ void Geometry::declare_optional_see(dealii::ParameterHandler& handler) {
 }
 
 void Geometry::get_see(dealii::ParameterHandler& handler, std::string const& file_name) {
+  parameter_file_name = file_name;
   ParameterSection const see(handler, "see", file_name);
   see_stiffness = see.text("see_stiffness");
   see_damping_factor = see.non_negative("see_damping_factor");

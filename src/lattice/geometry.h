@@ -70,6 +70,7 @@ class Geometry {
   unsigned proteinC_enabled = 0;
   unsigned proteinCStartPosition = 0;  ///< first crown index that may carry protein-C
   unsigned proteinCNumber = 0;         ///< crowns with protein-C
+  std::string parameter_file_name;     ///< what this lattice was read from
 
  protected:
   /// Stiffness from per-fibre lists, the same in every lattice.

@@ -27,9 +27,9 @@ XB_Model* create_series_law(std::string const& name, std::string const& prefix) 
   return is_series_law(name) ? create_elastic_law(name, prefix) : nullptr;
 }
 
-std::string no_law(std::string const& key, std::string const& name) {
-  return "the lattice's parameter file: " + key + " is '" + name +
-         "'; accepted: ConstantStiffness or StiffnessFunction";
+std::string no_law(Geometry const& geometry, std::string const& section, std::string const& name) {
+  return geometry.parameter_file_name + ", section " + section + ": " + section +
+         "_stiffness is '" + name + "'; accepted: ConstantStiffness or StiffnessFunction";
 }
 
 }  // namespace
@@ -69,13 +69,14 @@ Sarcomer::~Sarcomer() = default;
 void Sarcomer::create_laws() {
   see_model = create_series_law(geometry->see_stiffness, "see_");
   if (!see_model) {
-    stop_with_message("No See stiffness model? ", no_law("see_stiffness", geometry->see_stiffness));
+    stop_with_message("No See stiffness model? ",
+                      no_law(*geometry, "see", geometry->see_stiffness));
   }
   if (geometry->titin_enabled != 1) return;
   titin_model = create_series_law(geometry->titin_stiffness, "titin_");
   if (!titin_model) {
     stop_with_message("No Titin stiffness model? ",
-                      no_law("titin_stiffness", geometry->titin_stiffness));
+                      no_law(*geometry, "titin", geometry->titin_stiffness));
   }
 }
 
