@@ -32,6 +32,50 @@ void Geometry::get_see(dealii::ParameterHandler& handler, std::string const& fil
   see_damping_factor = see.non_negative("see_damping_factor");
 }
 
+void Geometry::declare_thick_filament(ParameterSection const& myosin, std::string const& count_key,
+                                      std::string const& count, std::string const& dx,
+                                      std::string const& e, std::string const& a) {
+  myosin.declare_double("myosin_offset", "125.0");
+  myosin.declare_integer(count_key, count);
+  myosin.declare_double("dx_myosin", dx);
+  myosin.declare_double("e_mysoin", e);
+  myosin.declare_double("a_mysoin", a);
+}
+
+unsigned Geometry::get_thick_filament(ParameterSection const& myosin, std::string const& count_key,
+                                      double& offset, double& dx, std::vector<double>& e,
+                                      std::vector<double>& a) {
+  offset = myosin.positive("myosin_offset");
+  unsigned const count = get_count(myosin, count_key);
+  dx = myosin.positive("dx_myosin");
+  e.push_back(myosin.positive("e_mysoin"));
+  a.push_back(myosin.positive("a_mysoin"));
+  return count;
+}
+
+void Geometry::declare_thin_filaments(ParameterSection const& actin, unsigned n) {
+  actin.declare_double("dx_actin", "2.77");
+  actin.declare_double("length_actin", "1050.0");
+  actin.declare_integer("actin_period", "13");
+  for (unsigned fibre = 1; fibre <= n; ++fibre) {
+    actin.declare_double("e_actin" + std::to_string(fibre), "1.27e3");
+    actin.declare_double("a_actin" + std::to_string(fibre), "50.4");
+  }
+}
+
+double Geometry::get_thin_filaments(ParameterSection const& actin, unsigned n, double& dx,
+                                    unsigned& period, std::vector<double>& e,
+                                    std::vector<double>& a) {
+  dx = actin.positive("dx_actin");
+  double const length = get_actin_length(actin, dx);
+  period = get_count(actin, "actin_period");
+  for (unsigned fibre = 1; fibre <= n; ++fibre) {
+    e.push_back(actin.positive("e_actin" + std::to_string(fibre)));
+    a.push_back(actin.positive("a_actin" + std::to_string(fibre)));
+  }
+  return length;
+}
+
 double Geometry::get_actin_length(ParameterSection const& actin, double dx_actin) {
   double const length = actin.positive("length_actin");
   if (!(length / dx_actin >= 2.0 && length / dx_actin < 1e6)) {

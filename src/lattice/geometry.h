@@ -80,6 +80,20 @@ class Geometry {
   /// Section `see` of a lattice that can do without: empty by default, and a whole run then stops.
   static void declare_optional_see(dealii::ParameterHandler& handler);
   void get_see(dealii::ParameterHandler& handler, std::string const& file_name);
+  /// Section `myosin` as far as the lattices agree; `count_key` names the number of crowns or
+  /// nodes.
+  static void declare_thick_filament(ParameterSection const& myosin, std::string const& count_key,
+                                     std::string const& count, std::string const& dx,
+                                     std::string const& e, std::string const& a);
+  /// Reads the same, appends to `e` and `a`, and returns the count.
+  static unsigned get_thick_filament(ParameterSection const& myosin, std::string const& count_key,
+                                     double& offset, double& dx, std::vector<double>& e,
+                                     std::vector<double>& a);
+  /// Section `actin` of a lattice with `n` numbered thin filaments whose sites repeat by a period.
+  static void declare_thin_filaments(ParameterSection const& actin, unsigned n);
+  /// Reads the same, appends to `e` and `a`, and returns the length [nm].
+  double get_thin_filaments(ParameterSection const& actin, unsigned n, double& dx, unsigned& period,
+                            std::vector<double>& e, std::vector<double>& a);
   /// Reads `length_actin` [nm] and sets the number of sites, `dx_actin` apart, that it has room
   /// for.
   double get_actin_length(ParameterSection const& actin, double dx_actin);

@@ -50,7 +50,6 @@ class GeometryFlight : public Geometry {
   GeometryParameters_s radii() const { return {radius_actin, radius_myosin}; }
 
  private:
-  void get_actin_parameters(dealii::ParameterHandler& handler);
   void build_tables();
   std::size_t table_index(unsigned head, unsigned crown, unsigned site) const;
   /// Table of a thin filament, 1 to 3; null for any other fibre.

@@ -19,11 +19,7 @@ GeometrySimple::GeometrySimple(GeometryParameter_s const&) {
 void GeometrySimple::declare_parameters(dealii::ParameterHandler& handler) {
   {
     ParameterSection const myosin(handler, "myosin");
-    myosin.declare_double("myosin_offset", "125.0");
-    myosin.declare_integer("myosin_heads", "49");
-    myosin.declare_double("dx_myosin", "14.3");
-    myosin.declare_double("e_mysoin", "3.25e3");
-    myosin.declare_double("a_mysoin", "5.0");
+    declare_thick_filament(myosin, "myosin_heads", "49", "14.3", "3.25e3", "5.0");
   }
   {
     ParameterSection const actin(handler, "actin");
@@ -42,11 +38,7 @@ void GeometrySimple::declare_parameters(dealii::ParameterHandler& handler) {
 void GeometrySimple::get_parameters(dealii::ParameterHandler& handler) {
   {
     ParameterSection const myosin(handler, "myosin", parameter_file);
-    myosin_offset = myosin.positive("myosin_offset");
-    n_myosin_nodes = get_count(myosin, "myosin_heads");
-    dx_myosin = myosin.positive("dx_myosin");
-    e.push_back(myosin.positive("e_mysoin"));
-    a.push_back(myosin.positive("a_mysoin"));
+    n_myosin_nodes = get_thick_filament(myosin, "myosin_heads", myosin_offset, dx_myosin, e, a);
   }
   {
     ParameterSection const actin(handler, "actin", parameter_file);

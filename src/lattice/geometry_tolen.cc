@@ -32,21 +32,11 @@ GeometryTolen::GeometryTolen(GeometryParameter_s const&) {
 void GeometryTolen::declare_parameters(dealii::ParameterHandler& handler) {
   {
     ParameterSection const myosin(handler, "myosin");
-    myosin.declare_double("myosin_offset", "125.0");
-    myosin.declare_integer("myosin_heads", "49");
-    myosin.declare_double("dx_myosin", "14.3");
-    myosin.declare_double("e_mysoin", "3.52e3");
-    myosin.declare_double("a_mysoin", "50.0");
+    declare_thick_filament(myosin, "myosin_heads", "49", "14.3", "3.52e3", "50.0");
   }
   {
     ParameterSection const actin(handler, "actin");
-    actin.declare_double("dx_actin", "2.77");
-    actin.declare_double("length_actin", "1050.0");
-    actin.declare_integer("actin_period", "13");
-    for (std::string const fibre : {"1", "2"}) {
-      actin.declare_double("e_actin" + fibre, "1.27e3");
-      actin.declare_double("a_actin" + fibre, "50.4");
-    }
+    declare_thin_filaments(actin, thin_filaments);
   }
   {
     ParameterSection const numerics(handler, "numerics");
@@ -59,21 +49,11 @@ void GeometryTolen::declare_parameters(dealii::ParameterHandler& handler) {
 void GeometryTolen::get_parameters(dealii::ParameterHandler& handler) {
   {
     ParameterSection const myosin(handler, "myosin", parameter_file);
-    myosin_offset = myosin.positive("myosin_offset");
-    n_myosin_nodes = get_count(myosin, "myosin_heads");
-    dx_myosin = myosin.positive("dx_myosin");
-    e.push_back(myosin.positive("e_mysoin"));
-    a.push_back(myosin.positive("a_mysoin"));
+    n_myosin_nodes = get_thick_filament(myosin, "myosin_heads", myosin_offset, dx_myosin, e, a);
   }
   {
     ParameterSection const actin(handler, "actin", parameter_file);
-    dx_actin = actin.positive("dx_actin");
-    get_actin_length(actin, dx_actin);
-    actin_period = get_count(actin, "actin_period");
-    for (std::string const fibre : {"1", "2"}) {
-      e.push_back(actin.positive("e_actin" + fibre));
-      a.push_back(actin.positive("a_actin" + fibre));
-    }
+    get_thin_filaments(actin, thin_filaments, dx_actin, actin_period, e, a);
   }
   {
     ParameterSection const numerics(handler, "numerics", parameter_file);

@@ -42,23 +42,13 @@ GeometryVertebrae::GeometryVertebrae(GeometryParameter_s const&) {
 void GeometryVertebrae::declare_parameters(dealii::ParameterHandler& handler) {
   {
     ParameterSection const myosin(handler, "myosin");
-    myosin.declare_double("myosin_offset", "125.0");
-    myosin.declare_integer("myosin_crowns", "50");
-    myosin.declare_double("dx_myosin", "14.3");
-    myosin.declare_double("e_mysoin", "3.52e3");
-    myosin.declare_double("a_mysoin", "50.0");
+    declare_thick_filament(myosin, "myosin_crowns", "50", "14.3", "3.52e3", "50.0");
     myosin.declare_double("slowHeads_percent", "0");
     myosin.declare_double("fastHeads_percent", "100");
   }
   {
     ParameterSection const actin(handler, "actin");
-    actin.declare_double("dx_actin", "2.77");
-    actin.declare_double("length_actin", "1050.0");
-    actin.declare_integer("actin_period", "13");
-    actin.declare_double("e_actin1", "1.27e3");
-    actin.declare_double("a_actin1", "50.4");
-    actin.declare_double("e_actin2", "1.27e3");
-    actin.declare_double("a_actin2", "50.4");
+    declare_thin_filaments(actin, 2);
     actin.declare_double("a_offset", "0.0");
   }
   {
@@ -127,11 +117,7 @@ void GeometryVertebrae::get_parameters(dealii::ParameterHandler& handler) {
 
 void GeometryVertebrae::get_myosin_parameters(dealii::ParameterHandler& handler) {
   ParameterSection const myosin(handler, "myosin", parameter_file);
-  myosin_offset = myosin.positive("myosin_offset");
-  n_myosin_nodes = myosin.count("myosin_crowns", 1) + 1;
-  dx_myosin = myosin.positive("dx_myosin");
-  e.push_back(myosin.positive("e_mysoin"));
-  a.push_back(myosin.positive("a_mysoin"));
+  n_myosin_nodes = get_thick_filament(myosin, "myosin_crowns", myosin_offset, dx_myosin, e, a) + 1;
   slow_percent = myosin.number("slowHeads_percent");
   fast_percent = myosin.number("fastHeads_percent");
   if (slow_percent + fast_percent != 100.0) {
@@ -147,13 +133,7 @@ void GeometryVertebrae::get_myosin_parameters(dealii::ParameterHandler& handler)
 
 void GeometryVertebrae::get_actin_parameters(dealii::ParameterHandler& handler) {
   ParameterSection const actin(handler, "actin", parameter_file);
-  dx_actin = actin.positive("dx_actin");
-  double const length = get_actin_length(actin, dx_actin);
-  actin_period = actin.count("actin_period", 1);
-  for (char const* fibre : {"1", "2"}) {
-    e.push_back(actin.positive(std::string("e_actin") + fibre));
-    a.push_back(actin.positive(std::string("a_actin") + fibre));
-  }
+  double const length = get_thin_filaments(actin, 2, dx_actin, actin_period, e, a);
   a_offset = actin.number("a_offset");
   actin_end = length + a_offset;
 }

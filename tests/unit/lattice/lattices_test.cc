@@ -161,6 +161,7 @@ TEST_P(AllLattices, RefuseSizesWithoutSense) {
   }
   if (GetParam() != "Simple") {
     cases.emplace_back("actin: actin_period = 0", "actin_period is '0'");
+    cases.emplace_back("actin: actin_period = 2000000000", "accepted: 1 to a million");
     cases.emplace_back("actin: e_actin2 = -1", "e_actin2 is '-1'");
   }
   for (auto const& [setting, message] : cases) {
