@@ -8,9 +8,8 @@
 ///          the dimensionless length x = (sites * actin_distance) * xi describe one span.
 /// Symbols: y angle, xi inverse length scale [1/m], x beyond 5 counts as 5
 /// Source:  D. A. Smith, R. Maytum and M. A. Geeves, Biophys. J. 84 (2003) 3155
-/// Assumes: nothing beyond the nearest pin on each side is felt; each end of the chain is like a
-/// pin
-///          at the angle -0.1, 10 sites beyond its first or last site
+/// Assumes: nothing beyond the nearest pin on each side is felt; each end of the chain is
+///          like a pin at the angle -0.1, 10 sites beyond its first or last site
 
 #include <valarray>
 #include <vector>
