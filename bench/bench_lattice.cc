@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <fstream>
 
-#include "control/run_state.h"
+#include "base/run_state.h"
 #include "elastic/XB_Models.h"
 #include "kinetics/fixed_dt_mc.h"
 #include "kinetics/model.h"

@@ -3,7 +3,7 @@
 
 #include <new>
 
-#include "control/diagnostics.h"
+#include "base/diagnostics.h"
 #include "control/simulation.h"
 
 int main() {

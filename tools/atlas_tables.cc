@@ -12,9 +12,9 @@
 #include <set>
 #include <string>
 
-#include "control/diagnostics.h"
-#include "control/output_file.h"
-#include "control/run_state.h"
+#include "base/diagnostics.h"
+#include "base/output_file.h"
+#include "base/run_state.h"
 #include "elastic/XB_Models.h"
 #include "kinetics/model_3state.h"
 #include "kinetics/model_6state.h"

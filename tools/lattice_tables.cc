@@ -11,13 +11,13 @@
 #include <cstdio>
 #include <string>
 
-#include "control/diagnostics.h"
-#include "control/output_file.h"
-#include "control/run_state.h"
+#include "base/diagnostics.h"
+#include "base/output_file.h"
+#include "base/run_state.h"
 #include "lattice/geometry_flight.h"
 #include "lattice/geometry_tolen.h"
 #include "lattice/geometry_vertebrae.h"
-#include "mechanics/filament_data.h"
+#include "records/filament_data.h"
 
 namespace {
 

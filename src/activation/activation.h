@@ -9,7 +9,7 @@
 #include <cstdio>
 #include <vector>
 
-#include "control/factory.h"
+#include "base/factory.h"
 
 class Geometry;
 class Model;

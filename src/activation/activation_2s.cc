@@ -4,8 +4,8 @@
 #include <cmath>
 
 #include "activation/segment_layout.h"
-#include "control/parameter_file.h"
-#include "control/uniform_variate.h"
+#include "base/parameter_file.h"
+#include "base/uniform_variate.h"
 
 REGISTER_ACTIVATION(Activation2SModel, "Lumped2S");
 

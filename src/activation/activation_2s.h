@@ -13,7 +13,7 @@
 
 #include "activation/activation.h"
 #include "activation/activation_state_data.h"
-#include "control/protocol.h"
+#include "base/protocol.h"
 
 namespace dealii {
 class ParameterHandler;

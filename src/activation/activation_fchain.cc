@@ -8,12 +8,12 @@
 
 #include "activation/ca_activation_3x2s.h"
 #include "activation/kb_activation_extensible.h"
-#include "control/diagnostics.h"
-#include "control/run_state.h"
-#include "control/uniform_variate.h"
+#include "base/diagnostics.h"
+#include "base/run_state.h"
+#include "base/uniform_variate.h"
 #include "kinetics/model.h"
 #include "lattice/geometry.h"
-#include "mechanics/filament_data.h"
+#include "records/filament_data.h"
 
 REGISTER_ACTIVATION(ActivationFChainModel, "FChain");
 

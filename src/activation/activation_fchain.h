@@ -32,7 +32,7 @@
 #include "activation/fchain_model.h"
 #include "activation/fem_flex_chain_model.h"
 #include "activation/segment_layout.h"
-#include "control/protocol.h"
+#include "base/protocol.h"
 
 class CaActivation3x2SModel;
 class KbActivationModelE;

@@ -1,7 +1,7 @@
 #include "activation/activation_fixed.h"
 
-#include "control/uniform_variate.h"
-#include "mechanics/filament_data.h"
+#include "base/uniform_variate.h"
+#include "records/filament_data.h"
 
 REGISTER_ACTIVATION(ActivationFixedModel, "Fixed");
 

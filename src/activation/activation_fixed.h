@@ -6,7 +6,7 @@
 /// only when the protocol's value changes. The model has no segments.
 
 #include "activation/activation.h"
-#include "control/protocol.h"
+#include "base/protocol.h"
 
 class ActivationFixedModel : public ActivationModel {
  public:

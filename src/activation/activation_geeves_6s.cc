@@ -5,8 +5,8 @@
 
 #include "activation/ca_activation_3x3s.h"
 #include "activation/kb_activation_rigid.h"
-#include "control/run_state.h"
-#include "control/uniform_variate.h"
+#include "base/run_state.h"
+#include "base/uniform_variate.h"
 
 REGISTER_ACTIVATION(ActivationGeeves6SModel, "Geeves6S");
 

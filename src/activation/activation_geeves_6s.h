@@ -16,7 +16,7 @@
 
 #include "activation/activation.h"
 #include "activation/segment_layout.h"
-#include "control/protocol.h"
+#include "base/protocol.h"
 
 class CaActivation3x3SModel;
 class KbActivationModelR;

@@ -1,6 +1,6 @@
 #include "activation/activation_state_data.h"
 
-#include "mechanics/filament_data.h"
+#include "records/filament_data.h"
 
 ActivationStateData::ActivationStateData(unsigned length)
     : segment_length(length),

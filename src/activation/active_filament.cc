@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "control/output_file.h"
+#include "base/output_file.h"
 #include "kinetics/fixed_dt_mc.h"
 
 namespace {

@@ -1,8 +1,8 @@
 #include "activation/ca_activation_3x2s.h"
 
-#include "control/output_file.h"
-#include "control/parameter_file.h"
-#include "control/run_state.h"
+#include "base/output_file.h"
+#include "base/parameter_file.h"
+#include "base/run_state.h"
 
 CaActivation3x2SModel::CaActivation3x2SModel(std::string const& file, int indicator,
                                              double closing_divisor)

@@ -1,8 +1,8 @@
 #include "activation/ca_activation_3x3s.h"
 
-#include "control/output_file.h"
-#include "control/parameter_file.h"
-#include "control/run_state.h"
+#include "base/output_file.h"
+#include "base/parameter_file.h"
+#include "base/run_state.h"
 
 CaActivation3x3SModel::CaActivation3x3SModel(std::string const& file, int indicator)
     : CaRegulation(3) {

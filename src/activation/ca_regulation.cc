@@ -1,7 +1,7 @@
 #include "activation/ca_regulation.h"
 
 #include "activation/segment_layout.h"
-#include "control/parameter_file.h"
+#include "base/parameter_file.h"
 
 /// One reversible step of the scheme: its keys with their defaults, and where its constants stand.
 struct CaRegulation::Step_s {

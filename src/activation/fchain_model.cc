@@ -6,8 +6,8 @@
 #include <cmath>
 #include <cstdio>
 
-#include "control/parameter_file.h"
-#include "control/run_state.h"
+#include "base/parameter_file.h"
+#include "base/run_state.h"
 
 namespace {
 

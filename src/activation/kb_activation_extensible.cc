@@ -2,9 +2,9 @@
 
 #include <cstdio>
 
-#include "control/parameter_file.h"
-#include "control/run_state.h"
-#include "control/uniform_variate.h"
+#include "base/parameter_file.h"
+#include "base/run_state.h"
+#include "base/uniform_variate.h"
 
 KbActivationModelE::KbActivationModelE(std::string const& file) {
   SetInitial(file);

@@ -1,8 +1,8 @@
 #include "activation/kb_activation_rigid.h"
 
 #include "activation/segment_layout.h"
-#include "control/parameter_file.h"
-#include "control/run_state.h"
+#include "base/parameter_file.h"
+#include "base/run_state.h"
 
 KbActivationModelR::KbActivationModelR(std::string const& file) {
   SetInitial(file);

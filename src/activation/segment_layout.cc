@@ -1,6 +1,6 @@
 #include "activation/segment_layout.h"
 
-#include "control/parameter_file.h"
+#include "base/parameter_file.h"
 #include "lattice/geometry.h"
 
 ChainSegments lay_out_segments(Geometry const& geometry, unsigned segment_length) {

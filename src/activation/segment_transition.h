@@ -4,7 +4,7 @@
 #include <array>
 #include <cstdio>
 
-#include "control/uniform_variate.h"
+#include "base/uniform_variate.h"
 #include "kinetics/outcome_scale.h"
 
 /// Rates between the N states of a segment, by [from][to]; 0 where there is no transition.

@@ -3,8 +3,8 @@
 #include <csignal>
 #include <string>
 
-#include "control/diagnostics.h"
-#include "control/run_state.h"
+#include "base/diagnostics.h"
+#include "base/run_state.h"
 
 namespace {
 

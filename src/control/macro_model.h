@@ -4,7 +4,7 @@
 
 #include <iosfwd>
 
-#include "control/factory.h"
+#include "base/factory.h"
 
 class Model;
 

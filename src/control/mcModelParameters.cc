@@ -2,8 +2,8 @@
 
 #include <cstdio>
 
-#include "control/parameter_file.h"
-#include "control/run_state.h"
+#include "base/parameter_file.h"
+#include "base/run_state.h"
 
 McModelParameters::McModelParameters(std::string const& file) : file_name(file) {
   load_parameters(*this, file_name);

@@ -9,7 +9,7 @@
 #include <cerrno>
 #include <string>
 
-#include "control/diagnostics.h"
+#include "base/diagnostics.h"
 
 RunDirectoryLock::RunDirectoryLock(char const* listing)
     : descriptor(open(listing, O_WRONLY | O_CREAT | O_CLOEXEC, 0666)) {

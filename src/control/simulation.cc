@@ -4,13 +4,13 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "control/diagnostics.h"
+#include "base/diagnostics.h"
+#include "base/output_file.h"
+#include "base/parameter_file.h"
+#include "base/protocol.h"
+#include "base/run_state.h"
 #include "control/interruption.h"
-#include "control/output_file.h"
-#include "control/parameter_file.h"
-#include "control/protocol.h"
 #include "control/run_directory.h"
-#include "control/run_state.h"
 #include "elastic/XB_Models.h"
 #include "kinetics/model.h"
 

@@ -6,8 +6,8 @@
 #include <utility>
 #include <vector>
 
-#include "control/diagnostics.h"
-#include "control/parameter_file.h"
+#include "base/diagnostics.h"
+#include "base/parameter_file.h"
 #include "elastic/XB_StiffnessFunction.h"
 #include "elastic/XB_TwoPartSigmoidalStiffness.h"
 

@@ -8,7 +8,7 @@
 #include <memory>
 #include <string>
 
-#include "elastic/discrete_function.h"
+#include "base/discrete_function.h"
 
 namespace dealii {
 class ParameterHandler;

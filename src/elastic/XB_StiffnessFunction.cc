@@ -5,8 +5,8 @@
 #include <sstream>
 #include <utility>
 
-#include "control/diagnostics.h"
-#include "control/parameter_file.h"
+#include "base/diagnostics.h"
+#include "base/parameter_file.h"
 
 namespace {
 

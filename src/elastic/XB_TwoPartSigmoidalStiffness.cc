@@ -4,9 +4,9 @@
 #include <cstdio>
 #include <utility>
 
-#include "control/diagnostics.h"
-#include "control/output_file.h"
-#include "control/parameter_file.h"
+#include "base/diagnostics.h"
+#include "base/output_file.h"
+#include "base/parameter_file.h"
 
 namespace {
 

@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <ostream>
 
-#include "control/logger.h"
-#include "control/run_state.h"
-#include "control/uniform_variate.h"
+#include "base/logger.h"
+#include "base/run_state.h"
+#include "base/uniform_variate.h"
 #include "kinetics/active_model.h"
 #include "kinetics/model_util.h"
 #include "kinetics/outcome_scale.h"
-#include "mechanics/filament_data.h"
+#include "records/filament_data.h"
 
 /// The scale of one draw, on the stack unless a head has very many candidates.
 struct FixedTimeStepMC::Outcomes : OutcomeScale<StateBin_s, 64> {};

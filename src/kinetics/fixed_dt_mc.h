@@ -11,7 +11,7 @@
 #include <iosfwd>
 #include <vector>
 
-#include "control/output_file.h"
+#include "base/output_file.h"
 
 class ActiveModel;
 class Model;

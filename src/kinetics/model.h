@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "control/factory.h"
+#include "base/factory.h"
 
 class XB_Model;
 

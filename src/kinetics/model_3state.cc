@@ -2,7 +2,7 @@
 
 #include "elastic/XB_Models.h"
 #include "kinetics/rate_tools.h"
-#include "mechanics/filament_data.h"
+#include "records/filament_data.h"
 
 Model3State::Model3State(ModelParameter_s const& parameter) : ActiveModel(parameter, 3) {
   attached[1] = true;

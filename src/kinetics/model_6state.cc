@@ -1,7 +1,7 @@
 #include "kinetics/model_6state.h"
 
 #include "kinetics/rate_tools.h"
-#include "mechanics/filament_data.h"
+#include "records/filament_data.h"
 
 Model6State::Model6State(ModelParameter_s const& parameter) : ActiveModel(parameter, 6) {
   for (unsigned state : {1, 2, 3}) attached[state] = true;

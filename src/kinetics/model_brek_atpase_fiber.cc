@@ -4,10 +4,10 @@
 #include <cstdio>
 #include <functional>
 
-#include "control/parameter_file.h"
+#include "base/parameter_file.h"
 #include "elastic/XB_Models.h"
 #include "kinetics/rate_tools.h"
-#include "mechanics/filament_data.h"
+#include "records/filament_data.h"
 
 REGISTER_MODEL(ModelBrekAtpaseFiber, "BrekAtpaseFiber");
 

@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "control/parameter_file.h"
+#include "base/parameter_file.h"
 #include "elastic/XB_Models.h"
 #include "kinetics/rate_tools.h"
 

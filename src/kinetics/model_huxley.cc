@@ -3,10 +3,10 @@
 #include <cmath>
 #include <cstdio>
 
-#include "control/parameter_file.h"
-#include "control/run_state.h"
+#include "base/parameter_file.h"
+#include "base/run_state.h"
 #include "kinetics/rate_tools.h"
-#include "mechanics/filament_data.h"
+#include "records/filament_data.h"
 
 REGISTER_MODEL(ModelHuxley, "Huxley");
 

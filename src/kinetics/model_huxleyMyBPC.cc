@@ -3,9 +3,9 @@
 #include <cmath>
 #include <cstdio>
 
-#include "control/parameter_file.h"
-#include "control/run_state.h"
-#include "mechanics/filament_data.h"
+#include "base/parameter_file.h"
+#include "base/run_state.h"
+#include "records/filament_data.h"
 
 REGISTER_MODEL(ModelHuxleyMyBPC, "HuxleyMyBPC");
 

@@ -4,13 +4,13 @@
 #include <cmath>
 #include <cstdio>
 
-#include "control/diagnostics.h"
-#include "control/parameter_file.h"
-#include "control/run_state.h"
+#include "base/diagnostics.h"
+#include "base/parameter_file.h"
+#include "base/run_state.h"
 #include "elastic/XB_Models.h"
 #include "kinetics/dawson.h"
 #include "kinetics/rate_tools.h"
-#include "mechanics/filament_data.h"
+#include "records/filament_data.h"
 
 REGISTER_MODEL(ModelTolen9_C3, "Tolen9");
 

@@ -21,7 +21,7 @@
 #include <array>
 #include <vector>
 
-#include "elastic/discrete_function.h"
+#include "base/discrete_function.h"
 #include "kinetics/active_model.h"
 #include "kinetics/pphis.h"
 

@@ -3,9 +3,9 @@
 #include <cmath>
 #include <cstdio>
 
-#include "control/diagnostics.h"
-#include "control/logger.h"
-#include "control/parameter_file.h"
+#include "base/diagnostics.h"
+#include "base/logger.h"
+#include "base/parameter_file.h"
 #include "kinetics/rate_tools.h"
 
 REGISTER_MODEL(ModelVorn, "Vorn");

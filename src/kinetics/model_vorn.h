@@ -22,7 +22,7 @@
 /// b_param
 ///          negative; eta not above -1; calcium for which the rate is no number
 
-#include "control/protocol.h"
+#include "base/protocol.h"
 #include "kinetics/model_6state.h"
 
 class ModelVorn : public Model6State {

@@ -2,10 +2,10 @@
 
 #include <cmath>
 
-#include "control/diagnostics.h"
-#include "control/run_state.h"
+#include "base/diagnostics.h"
+#include "base/discrete_function.h"
+#include "base/run_state.h"
 #include "elastic/XB_Models.h"
-#include "elastic/discrete_function.h"
 
 namespace {
 

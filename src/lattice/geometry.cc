@@ -1,7 +1,7 @@
 #include "lattice/geometry.h"
 
-#include "control/parameter_file.h"
-#include "mechanics/filament_data.h"
+#include "base/parameter_file.h"
+#include "records/filament_data.h"
 
 void Geometry::get_binding_sites(FilamentData const&, MyosinHead_s const&,
                                  std::vector<BindingSite_s>&) const {}

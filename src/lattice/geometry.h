@@ -11,7 +11,7 @@
 #include <valarray>
 #include <vector>
 
-#include "control/factory.h"
+#include "base/factory.h"
 
 struct BindingSite_s;
 struct FilamentData;

@@ -5,10 +5,10 @@
 #include <cmath>
 #include <cstdio>
 
-#include "control/diagnostics.h"
-#include "control/parameter_file.h"
+#include "base/diagnostics.h"
+#include "base/parameter_file.h"
 #include "lattice/geometry_tools.h"
-#include "mechanics/filament_data.h"
+#include "records/filament_data.h"
 
 REGISTER_GEOMETRY(GeometryFlight, "Flight");
 

@@ -1,8 +1,8 @@
 #include "lattice/geometry_simple.h"
 
-#include "control/parameter_file.h"
+#include "base/parameter_file.h"
 #include "lattice/geometry_tools.h"
-#include "mechanics/filament_data.h"
+#include "records/filament_data.h"
 
 REGISTER_GEOMETRY(GeometrySimple, "Simple");
 

@@ -3,9 +3,9 @@
 #include <cmath>
 #include <cstdio>
 
-#include "control/parameter_file.h"
+#include "base/parameter_file.h"
 #include "lattice/geometry_tools.h"
-#include "mechanics/filament_data.h"
+#include "records/filament_data.h"
 
 REGISTER_GEOMETRY(GeometryTolen, "Tolen");
 

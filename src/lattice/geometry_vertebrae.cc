@@ -6,12 +6,12 @@
 #include <cmath>
 #include <cstdio>
 
-#include "control/diagnostics.h"
-#include "control/parameter_file.h"
-#include "control/run_state.h"
-#include "control/uniform_variate.h"
+#include "base/diagnostics.h"
+#include "base/parameter_file.h"
+#include "base/run_state.h"
+#include "base/uniform_variate.h"
 #include "lattice/geometry_tools.h"
-#include "mechanics/filament_data.h"
+#include "records/filament_data.h"
 
 REGISTER_GEOMETRY(GeometryVertebrae, "Vertebrae");
 

@@ -18,8 +18,8 @@
 #include <vector>
 
 #include "mechanics/dealii_forward.h"
-#include "mechanics/filament_data.h"
 #include "mechanics/filament_fe.h"
+#include "records/filament_data.h"
 
 class FixedTimeStepMC;
 class Geometry;

@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <ostream>
 
-#include "mechanics/filament_data.h"
+#include "records/filament_data.h"
 
 FilamentFEM::FilamentFEM(std::vector<MyosinHead_s*> const& attached_heads,
                          std::valarray<double> const& rest, std::valarray<double>& displacement,

@@ -6,8 +6,8 @@
 
 #include <cmath>
 
-#include "control/diagnostics.h"
-#include "control/run_state.h"
+#include "base/diagnostics.h"
+#include "base/run_state.h"
 #include "elastic/XB_Models.h"
 #include "lattice/geometry.h"
 #include "mechanics/filament.h"

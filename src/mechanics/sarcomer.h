@@ -21,7 +21,7 @@
 #include <memory>
 #include <vector>
 
-#include "control/output_file.h"
+#include "base/output_file.h"
 #include "mechanics/dealii_forward.h"
 #include "mechanics/sarcomer_parameter.h"
 

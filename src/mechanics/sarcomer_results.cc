@@ -6,8 +6,8 @@
 #include <cmath>
 #include <numeric>
 
-#include "control/diagnostics.h"
-#include "control/run_state.h"
+#include "base/diagnostics.h"
+#include "base/run_state.h"
 #include "elastic/XB_Models.h"
 #include "kinetics/model.h"
 #include "mechanics/filament.h"

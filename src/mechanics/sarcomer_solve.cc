@@ -15,9 +15,9 @@
 #include <cmath>
 #include <numeric>
 
-#include "control/diagnostics.h"
-#include "control/logger.h"
-#include "control/run_state.h"
+#include "base/diagnostics.h"
+#include "base/logger.h"
+#include "base/run_state.h"
 #include "mechanics/direct_solver.h"
 #include "mechanics/filament.h"
 #include "mechanics/sarcomer.h"

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "lattice/geometry.h"
-#include "mechanics/filament_data.h"
+#include "records/filament_data.h"
 #include "support/work_dir.h"
 
 inline void write_settings(std::string const& file, std::vector<std::string> const& settings) {

@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "kinetics/active_model.h"
-#include "mechanics/filament_data.h"
+#include "records/filament_data.h"
 
 class RateModel : public ActiveModel {
  public:

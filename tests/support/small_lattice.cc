@@ -2,7 +2,7 @@
 
 #include <deal.II/lac/dynamic_sparsity_pattern.h>
 
-#include "control/run_state.h"
+#include "base/run_state.h"
 #include "lattice/geometry_vertebrae.h"
 #include "support/work_dir.h"
 

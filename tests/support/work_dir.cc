@@ -4,8 +4,8 @@
 #include <fstream>
 #include <sstream>
 
-#include "control/protocol.h"
-#include "control/run_state.h"
+#include "base/protocol.h"
+#include "base/run_state.h"
 #include "support/scripted_rand.h"
 
 namespace fs = std::filesystem;

@@ -8,7 +8,7 @@
 #include <cmath>
 
 #include "lattice/geometry_vertebrae.h"
-#include "mechanics/filament_data.h"
+#include "records/filament_data.h"
 #include "support/scripted_rand.h"
 #include "support/work_dir.h"
 

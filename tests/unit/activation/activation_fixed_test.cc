@@ -7,7 +7,7 @@
 
 #include <cmath>
 
-#include "mechanics/filament_data.h"
+#include "records/filament_data.h"
 #include "support/scripted_rand.h"
 #include "support/work_dir.h"
 

@@ -10,7 +10,7 @@
 #include <filesystem>
 
 #include "lattice/geometry_vertebrae.h"
-#include "mechanics/filament_data.h"
+#include "records/filament_data.h"
 #include "support/bare_geometry.h"
 #include "support/scripted_rand.h"
 #include "support/work_dir.h"

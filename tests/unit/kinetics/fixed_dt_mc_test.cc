@@ -7,8 +7,8 @@
 #include <cmath>
 #include <sstream>
 
-#include "control/logger.h"
-#include "control/run_state.h"
+#include "base/logger.h"
+#include "base/run_state.h"
 #include "support/rate_model.h"
 #include "support/scripted_rand.h"
 #include "support/work_dir.h"

@@ -13,7 +13,7 @@
 #include "elastic/XB_Models.h"
 #include "kinetics/active_model.h"
 #include "kinetics/model_util.h"
-#include "mechanics/filament_data.h"
+#include "records/filament_data.h"
 #include "support/work_dir.h"
 
 namespace {

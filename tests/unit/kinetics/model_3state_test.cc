@@ -8,7 +8,7 @@
 #include <cmath>
 
 #include "elastic/XB_Models.h"
-#include "mechanics/filament_data.h"
+#include "records/filament_data.h"
 #include "support/work_dir.h"
 
 namespace {

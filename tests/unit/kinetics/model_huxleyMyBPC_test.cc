@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "mechanics/filament_data.h"
+#include "records/filament_data.h"
 #include "support/work_dir.h"
 
 namespace {

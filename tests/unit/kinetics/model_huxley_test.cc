@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "kinetics/model_huxley.h"
-#include "mechanics/filament_data.h"
+#include "records/filament_data.h"
 #include "support/work_dir.h"
 
 namespace {

@@ -9,7 +9,7 @@
 #include <cmath>
 
 #include "elastic/XB_Models.h"
-#include "mechanics/filament_data.h"
+#include "records/filament_data.h"
 #include "support/quadrature.h"
 #include "support/small_lattice.h"
 #include "support/work_dir.h"

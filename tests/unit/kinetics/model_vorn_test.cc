@@ -9,7 +9,7 @@
 #include <cmath>
 #include <utility>
 
-#include "control/logger.h"
+#include "base/logger.h"
 #include "elastic/XB_Models.h"
 #include "support/work_dir.h"
 

@@ -8,8 +8,8 @@
 
 #include <sstream>
 
-#include "mechanics/filament_data.h"
 #include "mechanics/filament_fe.h"
+#include "records/filament_data.h"
 
 namespace {
 

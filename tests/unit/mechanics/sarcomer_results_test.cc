@@ -9,7 +9,7 @@
 #include <fstream>
 #include <sstream>
 
-#include "control/run_state.h"
+#include "base/run_state.h"
 #include "support/small_lattice.h"
 #include "support/stdout_to_stderr.h"
 #include "support/work_dir.h"

@@ -8,8 +8,8 @@
 #include <sstream>
 #include <utility>
 
-#include "control/logger.h"
-#include "control/run_state.h"
+#include "base/logger.h"
+#include "base/run_state.h"
 #include "support/small_lattice.h"
 #include "support/stdout_to_stderr.h"
 #include "support/work_dir.h"

@@ -8,7 +8,7 @@
 #include <deal.II/lac/vector.h>
 #include <gtest/gtest.h>
 
-#include "control/run_state.h"
+#include "base/run_state.h"
 #include "support/small_lattice.h"
 #include "support/stdout_to_stderr.h"
 #include "support/work_dir.h"

@@ -1,7 +1,7 @@
 // Would catch: a run that starts on half-read parameters, defaults that are not those declared,
 // refusals that don't say where and what, limits that are off by one.
 
-#include "control/parameter_file.h"
+#include "base/parameter_file.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "control/protocol.h"
+#include "base/protocol.h"
 
 #include <cerrno>
 #include <cmath>
@@ -7,9 +7,9 @@
 #include <fstream>
 #include <sstream>
 
-#include "control/diagnostics.h"
-#include "control/run_state.h"
-#include "elastic/discrete_function.h"
+#include "base/diagnostics.h"
+#include "base/discrete_function.h"
+#include "base/run_state.h"
 
 double Protocol::TimeOffset = 0.0;
 

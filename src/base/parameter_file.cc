@@ -1,4 +1,4 @@
-#include "control/parameter_file.h"
+#include "base/parameter_file.h"
 
 #include <deal.II/base/parameter_handler.h>
 
@@ -10,8 +10,8 @@
 #include <regex>
 #include <sstream>
 
-#include "control/diagnostics.h"
-#include "control/output_file.h"
+#include "base/diagnostics.h"
+#include "base/output_file.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // Would catch: a wrong term in a row's law, a row taken too early or too late, time offsets added
 // twice or to the wrong row, a wrong listing, rows that are half read instead of refused.
 
-#include "control/protocol.h"
+#include "base/protocol.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "control/run_state.h"
+#include "base/run_state.h"
 
 FILE* fOutputFile = nullptr;
 FILE* fIterationNorms = nullptr;

@@ -1,7 +1,7 @@
 // Would catch: a component that is not linked or not registered under its name, a second
 // registration that is lost, an unknown name that is passed over in silence.
 
-#include "control/factory.h"
+#include "base/factory.h"
 
 #include <gtest/gtest.h>
 

@@ -23,7 +23,7 @@
 #include <utility>
 #include <vector>
 
-#include "control/output_file.h"
+#include "base/output_file.h"
 
 /// One row of a protocol.
 struct ProtocolStep_s {

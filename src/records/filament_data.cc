@@ -1,4 +1,4 @@
-#include "mechanics/filament_data.h"
+#include "records/filament_data.h"
 
 void FilamentData::initialize(std::vector<unsigned>& node_counts) {
   for (unsigned const n : node_counts) {

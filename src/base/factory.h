@@ -13,7 +13,7 @@
 #include <memory>
 #include <string>
 
-#include "control/diagnostics.h"
+#include "base/diagnostics.h"
 
 template <class Base, class Param>
 class Factory {

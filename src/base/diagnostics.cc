@@ -1,4 +1,4 @@
-#include "control/diagnostics.h"
+#include "base/diagnostics.h"
 
 #include <cctype>
 #include <cstdio>

@@ -1,7 +1,7 @@
 // Would catch: a search that lands one segment off, clamped ends, an inverse that only rises, an
 // integral table with its sides exchanged, a sign lost or a rectangle too few.
 
-#include "elastic/discrete_function.h"
+#include "base/discrete_function.h"
 
 #include <gtest/gtest.h>
 

@@ -1,11 +1,11 @@
-#include "elastic/discrete_function.h"
+#include "base/discrete_function.h"
 
 #include <algorithm>
 #include <cmath>
 #include <fstream>
 
-#include "control/diagnostics.h"
-#include "control/output_file.h"
+#include "base/diagnostics.h"
+#include "base/output_file.h"
 
 namespace {
 

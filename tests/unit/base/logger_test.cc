@@ -1,13 +1,13 @@
 // Would catch: a window of the filter that is open at an end or too wide, a number that opens the
 // wrong file, files opened before they are used or opened again, text with additions.
 
-#include "control/logger.h"
+#include "base/logger.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 
-#include "control/run_state.h"
+#include "base/run_state.h"
 #include "support/work_dir.h"
 
 namespace {

@@ -1,10 +1,10 @@
-#include "control/output_file.h"
+#include "base/output_file.h"
 
 #include <cerrno>
 #include <cstring>
 #include <utility>
 
-#include "control/diagnostics.h"
+#include "base/diagnostics.h"
 
 namespace {
 

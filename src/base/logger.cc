@@ -1,9 +1,9 @@
-#include "control/logger.h"
+#include "base/logger.h"
 
 #include <cmath>
 
-#include "control/output_file.h"
-#include "control/run_state.h"
+#include "base/output_file.h"
+#include "base/run_state.h"
 
 FILE* Logger::model_vorn_rates = nullptr;
 FILE* Logger::atp_ase_rates_6states = nullptr;
