@@ -4,7 +4,7 @@
 #include <fstream>
 
 #include "base/run_state.h"
-#include "elastic/XB_Models.h"
+#include "elastic/create_law.h"
 #include "kinetics/fixed_dt_mc.h"
 #include "kinetics/model.h"
 #include "lattice/geometry.h"

@@ -16,6 +16,7 @@
 #include "base/output_file.h"
 #include "base/run_state.h"
 #include "elastic/XB_Models.h"
+#include "elastic/create_law.h"
 #include "kinetics/model_3state.h"
 #include "kinetics/model_6state.h"
 #include "kinetics/model_brek_atpase_fiber.h"

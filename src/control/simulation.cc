@@ -11,7 +11,7 @@
 #include "base/run_state.h"
 #include "control/interruption.h"
 #include "control/run_directory.h"
-#include "elastic/XB_Models.h"
+#include "elastic/create_law.h"
 #include "kinetics/model.h"
 
 namespace {

@@ -2,14 +2,10 @@
 
 #include <cmath>
 #include <cstdio>
-#include <map>
 #include <utility>
-#include <vector>
 
 #include "base/diagnostics.h"
 #include "base/parameter_file.h"
-#include "elastic/XB_StiffnessFunction.h"
-#include "elastic/XB_TwoPartSigmoidalStiffness.h"
 
 MyDiscreteFunction const& XB_Model::GetIntegralFunction() const {
   if (!std::exchange(integral_asked, true)) FillIntegralFunction();
@@ -144,34 +140,4 @@ double XB_ThreeLinearForce::GetEnergy(double) const {
                     file_name +
                         ": the law ThreeLinearForce has no energy, which a snapshot or a kinetic "
                         "model asked for");
-}
-
-// Creation by name
-
-XB_Model* keep_elastic_law(std::unique_ptr<XB_Model> law) {
-  static std::vector<std::unique_ptr<XB_Model>> laws;
-  laws.push_back(std::move(law));
-  return laws.back().get();
-}
-
-namespace {
-
-template <class Law>
-XB_Model* create_law(std::string const& file_name) {
-  return keep_elastic_law(std::make_unique<Law>(file_name));
-}
-
-}  // namespace
-
-XB_Model* create_elastic_law(std::string const& name, std::string const& prefix) {
-  using Creator = XB_Model* (*)(std::string const&);
-  static std::map<std::string, Creator> const creators = {
-      {"ConstantStiffness", create_law<XB_ConstantStiffness>},
-      {"SigmoidalStiffness", create_law<XB_SigmoidalStiffness>},
-      {"StiffnessFunction", create_law<XB_StiffnessFunction>},
-      {"ThreeLinearForce", create_law<XB_ThreeLinearForce>},
-      {"TwoPartSigmoidalStiffness", create_law<XB_TwoPartSigmoidalStiffness>},
-  };
-  auto const found = creators.find(name);
-  return found == creators.end() ? nullptr : found->second(prefix + name + ".prm");
 }

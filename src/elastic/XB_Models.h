@@ -5,7 +5,6 @@
 /// Units: extension x [nm], force F [pN], stiffness K [pN/nm], energy E [pN nm].
 /// F is positive when the element is stretched; K = dF/dx, F = dE/dx where the law has an energy.
 
-#include <memory>
 #include <string>
 
 #include "base/discrete_function.h"
@@ -126,10 +125,3 @@ class XB_ThreeLinearForce : public XB_Model {
  private:
   std::string const file_name;
 };
-
-/// Creates the law of that name from the file `prefix` + name + ".prm"; null for an unknown name.
-/// The law lives to the end of the process: models and filaments keep plain pointers to it.
-XB_Model* create_elastic_law(std::string const& name, std::string const& prefix);
-
-/// Takes a law into the store that keeps all laws to the end of the process.
-XB_Model* keep_elastic_law(std::unique_ptr<XB_Model> law);

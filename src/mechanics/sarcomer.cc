@@ -9,6 +9,7 @@
 #include "base/diagnostics.h"
 #include "base/run_state.h"
 #include "elastic/XB_Models.h"
+#include "elastic/create_law.h"
 #include "lattice/geometry.h"
 #include "mechanics/filament.h"
 

@@ -8,6 +8,7 @@
 #include "activation/activation.h"
 #include "control/macro_model.h"
 #include "elastic/XB_Models.h"
+#include "elastic/create_law.h"
 #include "kinetics/model.h"
 #include "lattice/geometry.h"
 #include "support/work_dir.h"

@@ -2,6 +2,7 @@
 // pieces that don't meet, a law that answers an energy query it has no answer for.
 
 #include "elastic/XB_Models.h"
+#include "elastic/create_law.h"
 
 #include <gtest/gtest.h>
 

@@ -8,6 +8,7 @@
 #include <set>
 #include <utility>
 
+#include "elastic/create_law.h"
 #include "support/small_lattice.h"
 #include "support/work_dir.h"
 

@@ -1,0 +1,34 @@
+#include "elastic/create_law.h"
+
+#include <map>
+#include <memory>
+#include <vector>
+
+#include "elastic/XB_Models.h"
+#include "elastic/XB_StiffnessFunction.h"
+#include "elastic/XB_TwoPartSigmoidalStiffness.h"
+
+namespace {
+
+template <class Law>
+std::unique_ptr<XB_Model> create(std::string const& file_name) {
+  return std::make_unique<Law>(file_name);
+}
+
+}  // namespace
+
+XB_Model* create_elastic_law(std::string const& name, std::string const& prefix) {
+  using Creator = std::unique_ptr<XB_Model> (*)(std::string const&);
+  static std::map<std::string, Creator> const creators = {
+      {"ConstantStiffness", create<XB_ConstantStiffness>},
+      {"SigmoidalStiffness", create<XB_SigmoidalStiffness>},
+      {"StiffnessFunction", create<XB_StiffnessFunction>},
+      {"ThreeLinearForce", create<XB_ThreeLinearForce>},
+      {"TwoPartSigmoidalStiffness", create<XB_TwoPartSigmoidalStiffness>},
+  };
+  static std::vector<std::unique_ptr<XB_Model>> laws;
+  auto const found = creators.find(name);
+  if (found == creators.end()) return nullptr;
+  laws.push_back(found->second(prefix + name + ".prm"));
+  return laws.back().get();
+}
