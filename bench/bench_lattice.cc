@@ -78,7 +78,7 @@ void BenchLattice::step() {
 void BenchLattice::state_change() { sarcomer->state_change(timeForAll, dt); }
 
 void BenchLattice::solve() {
-  sarcomer->set_boundary_mode(0, 0.0);
+  sarcomer->set_boundary_mode({Prescribed::Quantity::length, 0.0});
   sarcomer->assemble_and_solve(timeForAll, true);
 }
 
@@ -86,7 +86,7 @@ void BenchLattice::output() { sarcomer->create_output(timeForAll); }
 
 unsigned BenchLattice::n_heads() const {
   unsigned n = 0;
-  for (auto const& filament : sarcomer->filaments) {
+  for (auto const& filament : sarcomer->all_filaments()) {
     n += static_cast<unsigned>(filament->data.heads.size());
   }
   return n;

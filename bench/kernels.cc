@@ -39,7 +39,7 @@ BenchLattice& plateau(unsigned n_filaments) {
 /// One step of a detached head whose candidates are at hand, or of a bound one.
 void head_step(benchmark::State& state, bool bound) {
   BenchLattice& lattice = plateau(10);
-  Filament& filament = *lattice.sarcomer->filaments.front();
+  Filament& filament = lattice.sarcomer->all_filaments().front();
   std::vector<MyosinHead_s> heads;
   for (MyosinHead_s const& head : filament.data.heads) {
     if ((head.state == 1) == bound && head.detach_pending == 0) heads.push_back(head);
@@ -73,7 +73,7 @@ benchmark::Counter time_of_each(benchmark::State const& state, std::size_t per_s
 void candidate_search(benchmark::State& state, std::string const& name) {
   BenchLattice lattice(10, "Huxley", name);
   for (int i = 0; i < steps_to_plateau; ++i) lattice.step();
-  FilamentData const& data = lattice.sarcomer->filaments.front()->data;
+  FilamentData const& data = lattice.sarcomer->all_filaments().front().data;
   double const reach = name == "Simple" ? 20.0 : 15.0;
   std::size_t visited = 0;
   for (MyosinHead_s const& head : data.heads) {
@@ -110,7 +110,7 @@ std::size_t regulation(benchmark::State& state, char const* activation, int indi
       lattice.geometry.get(), lattice.model.get(), lattice.model.get(), dt, indicator, 100};
   std::vector<FilamentData> data;
   std::vector<std::unique_ptr<ActivationModel>> models;
-  for (auto const& filament : lattice.sarcomer->filaments) {
+  for (auto const& filament : lattice.sarcomer->all_filaments()) {
     data.push_back(filament->data);
     models.push_back(
         create_component<ActivationModel>(activation, parameter, "the benchmark", "activation"));

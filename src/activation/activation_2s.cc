@@ -52,10 +52,7 @@ double Activation2SModel::get_lti(double Ca) const {
 }
 
 int Activation2SModel::state_change(FilamentData& data, double time, std::vector<int>&) {
-  unsigned mode = 0;
-  double value = 0.0;
-  ca_protocol.get_value(time, mode, value, 0.0);
-  double const Ca = std::pow(10.0, value);
+  double const Ca = std::pow(10.0, ca_protocol.value_at(time));
   for (ActivationStateData& segment : segments) {
     state_change_segment(segment, data, Ca);
     segment.copy_to_filament(data, state_map);

@@ -9,9 +9,7 @@ ActivationFixedModel::ActivationFixedModel(ActivationModelParameter const& param
     : ActivationModel(parameter), ca_protocol("ca_protocol.dat") {}
 
 int ActivationFixedModel::state_change(FilamentData& data, double time, std::vector<int>&) {
-  unsigned mode = 0;
-  double value = 0.0;
-  ca_protocol.get_value(time, mode, value, 0.0);
+  double const value = ca_protocol.value_at(time);
   if (value == last_value) return 1;
   n_enabled = 0;
   n_disabled = 0;

@@ -54,9 +54,7 @@ void ActivationGeeves6SModel::choose_regulation(int healtyChainPercent) {
 
 int ActivationGeeves6SModel::state_change(FilamentData& data, double time,
                                           std::vector<int>& counts) {
-  unsigned mode = 0;
-  double value = 0.0;
-  ca_protocol.get_value(time, mode, value, 0.0);
+  double const value = ca_protocol.value_at(time);
   ca_protocol.checkForNewProtocol(time);
   if (ca_model) ca_model->set_calcium(value);
   if (kb_model) kb_model->set_kb(value);

@@ -193,14 +193,26 @@ void Protocol::require_end() const {
          "2 or more, the last of which marks the end, or one row of type 999");
 }
 
-bool Protocol::get_value(double time, unsigned& mode, double& value, double lastResponse) {
+double Protocol::value_at(double time, double lastResponse) {
   if (current->type == 4 && current->started == 0) start_ramp(time, lastResponse);
-  mode = current->mode;
-  value = value_of_row(time - current->start);
+  double const value = value_of_row(time - current->start);
   if (!std::isfinite(value)) {
     refuse(protocol_file, "the value at time " + shown(time), shown(value),
            "rows whose law has a finite value");
   }
+  return value;
+}
+
+std::optional<Prescribed> Protocol::prescribed_at(double time, double lastResponse) {
+  double const value = value_at(time, lastResponse);
+  if (current->mode == 0) return Prescribed{Prescribed::Quantity::length, value};
+  if (current->mode == 1) return Prescribed{Prescribed::Quantity::force, value};
+  return std::nullopt;
+}
+
+bool Protocol::get_value(double time, unsigned& mode, double& value, double lastResponse) {
+  mode = current->mode;
+  value = value_at(time, lastResponse);
   return true;
 }
 

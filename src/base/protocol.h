@@ -19,11 +19,13 @@
 /// A type 4 row lasts until its ramp has covered the distance to the target. Starts behind it stand
 /// in the file relative to the end of the ramp.
 
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "base/output_file.h"
+#include "base/prescribed.h"
 
 /// One row of a protocol.
 struct ProtocolStep_s {
@@ -51,15 +53,18 @@ class Protocol {
   void require_end() const;
 
   double get_dt() const { return current->dt; }
-  /// Mode and value at `time`; always true. `lastResponse` is what the step before did not
-  /// prescribe: the force after a length-controlled step, the displacement after a
-  /// force-controlled one.
-  bool get_value(double time, unsigned& mode, double& value, double lastResponse);
+  /// Value at `time`. `lastResponse` is what the step before did not prescribe: the force after a
+  /// length-controlled step, the displacement after a force-controlled one; type 4 starts from it.
+  double value_at(double time, double lastResponse = 0.0);
+  /// The value with its mode; nothing in a row whose mode is neither length nor force.
+  std::optional<Prescribed> prescribed_at(double time, double lastResponse);
   /// Moves on to the next row when its start is reached; true at the end of the run.
   bool checkForNewProtocol(double time);
   /// Ends the run when the current table's last time has passed without being met.
   void refuse_missed_end(double time) const;
 
+  /// Mode and value of the same; always true.
+  bool get_value(double time, unsigned& mode, double& value, double lastResponse);
   double get_twitch(double t, double tau1, double tau2) const;
   /// The maximum of `get_twitch`.
   double get_twitch_peak(double tau1, double tau2) const;

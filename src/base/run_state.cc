@@ -1,5 +1,7 @@
 #include "base/run_state.h"
 
+#include "base/diagnostics.h"
+
 FILE* fOutputFile = nullptr;
 FILE* fIterationNorms = nullptr;
 FILE* fConvergenceListing = nullptr;
@@ -10,3 +12,7 @@ double currentTimeStep = 0.0;
 
 int numberOfAtachments = 0;
 int numberOfDetachments = 0;
+
+std::string at_step() {
+  return " at time " + shown(timeForAll) + ", step " + std::to_string(t_timeStep);
+}

@@ -3,6 +3,7 @@
 /// write. Everything global stands here, except `Protocol::TimeOffset`.
 
 #include <cstdio>
+#include <string>
 
 /// "TaveloOutput.lst": open from the start of the program until the time loop begins.
 extern FILE* fOutputFile;
@@ -17,6 +18,9 @@ extern int t_timeStep;
 extern double timeForAll;
 /// Length of the current time step.
 extern double currentTimeStep;
+
+/// The clock as messages name it: " at time 0.5, step 7".
+std::string at_step();
 
 /// Heads that have attached and detached since the start of the run.
 extern int numberOfAtachments;

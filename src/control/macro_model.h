@@ -5,6 +5,7 @@
 #include <iosfwd>
 
 #include "base/factory.h"
+#include "base/prescribed.h"
 
 class Model;
 
@@ -28,6 +29,17 @@ class MacroModel {
   Model const* get_model_slow() const { return model_slow; }
   Model const* get_model_fast() const { return model_fast; }
 
+  /// One step under what is prescribed, per half-sarcomere or filament; gives the response: the
+  /// force to a length, the displacement to a force.
+  double iterate(double time, Prescribed const& wanted) {
+    double response = 0.0;
+    if (wanted.is_length()) {
+      displacement_iter(time, wanted.value, response);
+    } else {
+      force_iter(time, wanted.value, response);
+    }
+    return response;
+  }
   /// One step under a prescribed force per filament [pN]; gives the displacement [nm].
   virtual bool force_iter(double time, double value, double& displacement) = 0;
   /// One step under a prescribed length per half-sarcomere [nm]; gives the force [pN].

@@ -54,42 +54,39 @@ std::unique_ptr<FixedTimeStepMC> MCModel::create_stepper() const {
 
 void MCModel::add_filament(int direction) {
   if (!is_regulated()) {
-    sarcomer->add_filament(new Filament(*geometry, *model_slow, *model_fast, *stepper, direction,
-                                        sarcomer->titin_model));
+    sarcomer->add_filament(
+        new Filament(*geometry, *model_slow, *model_fast, *stepper, direction, sarcomer->titin()));
     return;
   }
   sarcomer->add_filament(
       new ActiveFilament(*geometry, *model_slow, *model_fast, *stepper, parameters.activation,
                          parameters.caActivationModelIndicator, parameters.healtyChainPercent,
-                         direction, sarcomer->titin_model));
+                         direction, sarcomer->titin()));
 }
 
 bool MCModel::force_iter(double time, double value, double& displacement) {
-  sarcomer->state_change(time, dt);
-  prescribe_force(value);
-  sarcomer->assemble_and_solve(time, true);
-  displacement = sarcomer->actin_displacement;
+  step(time, {Prescribed::Quantity::force, value});
+  displacement = sarcomer->results().actin_displacement;
   return true;
 }
 
 bool MCModel::displacement_iter(double time, double value, double& force) {
-  sarcomer->state_change(time, dt);
-  prescribe_length(value);
-  sarcomer->assemble_and_solve(time, true);
-  force = sarcomer->force;
+  step(time, {Prescribed::Quantity::length, value});
+  force = sarcomer->results().force;
   return true;
 }
 
-void MCModel::prescribe_force(double value) {
-  sarcomer->set_boundary_mode(is_series() ? 3 : 1, parameters.filaments * value);
+void MCModel::step(double time, Prescribed const& wanted) {
+  sarcomer->state_change(time, dt);
+  sarcomer->set_boundary_mode(of_lattice(wanted));
+  sarcomer->assemble_and_solve(time, true);
 }
 
-void MCModel::prescribe_length(double value) {
-  if (is_series()) {
-    sarcomer->set_boundary_mode(2, 2.0 * parameters.full_sarcomer * value);
-  } else {
-    sarcomer->set_boundary_mode(0, value);
-  }
+/// A protocol gives the length of one half-sarcomere and the force of one filament.
+Prescribed MCModel::of_lattice(Prescribed const& wanted) const {
+  if (!wanted.is_length()) return {wanted.quantity, parameters.filaments * wanted.value};
+  double const in_series = is_series() ? 2.0 * parameters.full_sarcomer : 1.0;
+  return {wanted.quantity, in_series * wanted.value};
 }
 
 void MCModel::writeResults(double time) { sarcomer->create_output(time); }
@@ -101,7 +98,7 @@ void MCModel::write_cb_states(std::ofstream& stream) {
 void MCModel::create_distribution_output(double time) { sarcomer->create_distributions(time); }
 
 void MCModel::calculate_stiffness(double time, double displacement) {
-  prescribe_length(displacement + 1.0);
+  sarcomer->set_boundary_mode(of_lattice({Prescribed::Quantity::length, displacement + 1.0}));
   sarcomer->assemble_and_solve(time, false);
 }
 

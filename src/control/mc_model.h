@@ -34,8 +34,8 @@ class MCModel : public MacroModel {
   void add_filament(int direction);
   bool is_series() const { return parameters.full_sarcomer > 0; }
   bool is_regulated() const { return parameters.activation != "None"; }
-  void prescribe_length(double value);
-  void prescribe_force(double value);
+  void step(double time, Prescribed const& wanted);
+  Prescribed of_lattice(Prescribed const& wanted) const;
 
   McModelParameters parameters;
   std::unique_ptr<Geometry> geometry;

@@ -129,9 +129,7 @@ struct Simulation::Loop {
   Protocol protocol{"protocol.dat"};
   std::vector<double> writingTimes;
   std::size_t next_writing = 0;
-  double displacement = 0.0;  ///< [nm]
-  double force = 0.0;         ///< [pN]
-  double lastResponse = 0.0;  ///< of the two the one that the last step did not prescribe
+  double lastResponse = 0.0;  ///< force [pN] after a step of length control, else displacement [nm]
   std::ofstream bonds;
   std::ofstream states;
 };
@@ -181,18 +179,9 @@ void Simulation::begin_step(Loop& loop) {
 }
 
 void Simulation::move(Loop& loop) {
-  unsigned mode = 0;
-  double value = 0.0;
-  loop.protocol.get_value(timeForAll, mode, value, loop.lastResponse);
-  if (mode == 0) {
-    macro_model->displacement_iter(timeForAll, value, loop.force);
-    loop.displacement = value;
-    loop.lastResponse = loop.force;
-  } else if (mode == 1) {
-    macro_model->force_iter(timeForAll, value, loop.displacement);
-    loop.force = value;
-    loop.lastResponse = loop.displacement;
-  }
+  auto const wanted = loop.protocol.prescribed_at(timeForAll, loop.lastResponse);
+  // A row of another mode lets time pass, and nothing moves.
+  if (wanted) loop.lastResponse = macro_model->iterate(timeForAll, *wanted);
 }
 
 void Simulation::write_rows(Loop& loop) {

@@ -122,9 +122,7 @@ double ModelVorn::get_forward_rate(double x, unsigned from, unsigned, double c) 
 }
 
 double ModelVorn::calcium_rate() const {
-  unsigned mode = 0;
-  double ca = 0.0;
-  ca_protocol.get_value(get_time_step(), mode, ca, 0.0);
+  double const ca = ca_protocol.value_at(get_time_step());
   double const bound = std::pow(ca, b_param);
   double const rate = k_ps_0 + (k_ps_max - k_ps_0) * bound / (std::pow(ca_50, b_param) + bound);
   if (!std::isfinite(rate)) {

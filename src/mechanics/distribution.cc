@@ -3,21 +3,13 @@
 #include <algorithm>
 #include <cstdio>
 #include <ostream>
-#include <sstream>
 
 #include "elastic/XB_Models.h"
 #include "kinetics/model.h"
 #include "lattice/geometry.h"
 #include "mechanics/filament.h"
-#include "mechanics/sarcomer.h"
 
 namespace {
-
-std::string name_at(char const* stem, double time) {
-  std::ostringstream name;
-  name << stem << time << ".csv";
-  return name.str();
-}
 
 /// Extension that the law sees, with the warning of the measures that assume a constant stiffness.
 double stretched(double x, unsigned state, Model const* model) {
@@ -28,33 +20,6 @@ double stretched(double x, unsigned state, Model const* model) {
 }
 
 }  // namespace
-
-int Sarcomer::create_distributions(double time) const {
-  OutputFile const distributions(name_at("distributions_", time), "wt");
-  OutputFile const xray(name_at("x_ray_data_", time), "wt");
-  std::fprintf(distributions.get(), "X,Stiffness,Force,Energy,State\n");
-  std::fprintf(xray.get(), "Filament, Actin, Strained, Node, InitCoordinate, Coordinate, Force\n");
-  for (std::size_t f = 0; f < filaments.size(); ++f) {
-    Filament const& filament = *filaments[f];
-    FilamentData const& data = filament.data;
-    unsigned const n = filament.n_attached();
-    for (unsigned i = 0; i < n; ++i) {
-      MyosinHead_s const& h = *data.attached[i];
-      XB_Model const& law = filament.bond_law(h);
-      double const X = filament.bond_strain(i);
-      double const F = law.GetForce(X);
-      std::fprintf(distributions.get(), "%lf,%lf,%lf,%lf,%d\n", filament.get_strain_euler(i),
-                   law.GetStiffness(X), F, law.GetEnergy(X), static_cast<int>(h.state));
-      std::fprintf(xray.get(), "%d,%d,%d,%d,%lf,%lf,%lf\n", static_cast<int>(f),
-                   static_cast<int>(h.actin_fibre), static_cast<int>(h.actin_site & 1u),
-                   static_cast<int>(h.actin_site), data.x[h.actin_fibre][h.actin_site],
-                   data.position[h.actin_fibre][h.actin_site], F);
-    }
-  }
-  distributions.flush();
-  xray.flush();
-  return 0;
-}
 
 void Distribution::create_crowns_distribution(std::ostream& stream, Iterator first,
                                               Iterator last) const {

@@ -1,5 +1,5 @@
 #pragma once
-/// Snapshots of bonds and sites, and measures of a bond over its strain.
+/// Writers over filaments and measures of a bond over its strain, for diagnostics.
 
 #include <iosfwd>
 #include <memory>

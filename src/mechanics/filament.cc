@@ -187,7 +187,7 @@ int faxb_create_matrix(unsigned i, unsigned j, dealii::SparseMatrix<double>& mat
   return 0;
 }
 
-int Filament::create_sparsity(dealii::DynamicSparsityPattern& pattern) {
+int Filament::create_sparsity(dealii::DynamicSparsityPattern& pattern) const {
   do_for_all(fa_create_sparsity, pattern, offset);
   do_for_all_xb(faxb_create_sparsity, pattern);
   if (has_titin()) faxb_create_sparsity(get_bnd_dof(1, 0), get_bnd_dof(1, 1), pattern, 0.0);

@@ -13,6 +13,7 @@
 /// Call order in a step: `state_change`; `prepare_nodes`, `set_offset`, `create_sparsity`; then any
 /// number of `create_matrix` and `correct`; `InterpolateDisplacements`.
 
+#include <algorithm>
 #include <iosfwd>
 #include <memory>
 #include <vector>
@@ -50,9 +51,13 @@ class Filament {
   unsigned n_attached() const;
   /// Heads in `attached` in that state, pending ones included.
   unsigned n_in_state(unsigned state) const;
+  /// Number of the first (`end` 0) or last (1) node's degree of freedom, once numbered.
   unsigned get_bnd_dof(unsigned end, unsigned fibre) const {
-    return chains[fibre].get_bnd_dof(end);
+    return fibre_offsets[fibre] + (end == 0 ? 0 : chains[fibre].n_dofs() - 1);
   }
+
+  /// The thin filament whose end shows the displacement: fibre 2, or the last one there is.
+  unsigned shown_actin_fibre() const { return std::min(2u, n_fibre() - 1); }
 
   Model const* get_model_slow() const { return model_slow; }
   Model const* get_model_fast() const { return model_fast; }
@@ -91,7 +96,7 @@ class Filament {
   template <class T>
   int do_for_all_xb(int (*function)(unsigned, unsigned, T&, double), T& argument) const;
 
-  int create_sparsity(dealii::DynamicSparsityPattern& pattern);
+  int create_sparsity(dealii::DynamicSparsityPattern& pattern) const;
   /// Adds the stiffness of chains, bonds and titin to the matrix, and the present forces to `rhs`.
   int create_matrix(dealii::SparseMatrix<double>& matrix, dealii::Vector<double>& rhs) const;
   int create_matrix(dealii::SparseMatrix<double>& matrix) const;

@@ -48,10 +48,8 @@ void FilamentFEM::for_each_element(unsigned offset, Action action) const {
   }
 }
 
-void FilamentFEM::create_sparsity(dealii::DynamicSparsityPattern& pattern, unsigned offset) {
+void FilamentFEM::create_sparsity(dealii::DynamicSparsityPattern& pattern, unsigned offset) const {
   if (dofs.empty()) return;
-  bnd_dof[0] = offset + dofs.begin()->second.number;
-  bnd_dof[1] = offset + dofs.rbegin()->second.number;
   // Row by row: a spring at a time would make every row grow three times.
   unsigned const last = n_dofs() - 1;
   for (unsigned i = 0; i <= last; ++i) {
@@ -131,7 +129,7 @@ int fa_assign_offset(FilamentFEM const&, std::vector<unsigned>& offsets, unsigne
   return 0;
 }
 
-int fa_create_sparsity(FilamentFEM& chain, dealii::DynamicSparsityPattern& pattern,
+int fa_create_sparsity(FilamentFEM const& chain, dealii::DynamicSparsityPattern& pattern,
                        unsigned offset) {
   chain.create_sparsity(pattern, offset);
   return 0;

@@ -9,9 +9,9 @@
 /// Local numbers count from 0 in ascending rest coordinate; the global number is the fibre's offset
 /// plus the local one. The chain keeps no displacement of its own: it reads and writes `u`.
 ///
-/// Call order in an assembly: `prepare_nodes`; with the offsets known `create_sparsity`, and only
-/// then `get_bnd_dof`; `create_matrix` and `create_rhs`; after the solve
-/// `interpolate_displacement`. The last three may repeat on the same mesh.
+/// Call order in an assembly: `prepare_nodes`; with the offsets known `create_sparsity`;
+/// `create_matrix` and `create_rhs`; after the solve `interpolate_displacement`. The last three may
+/// repeat on the same mesh.
 
 #include <boost/container/flat_map.hpp>
 #include <boost/container/flat_set.hpp>
@@ -42,15 +42,13 @@ class FilamentFEM {
   /// Rebuilds the mesh; `fibre` is the chain's place in its filament.
   void prepare_nodes(unsigned fibre);
   unsigned n_dofs() const { return static_cast<unsigned>(dofs.size()); }
-  /// Global number of the first (`end` 0) or last (1) node's degree of freedom.
-  unsigned get_bnd_dof(unsigned end) const { return bnd_dof[end]; }
   /// Local number of a node; 0 for a node without a degree of freedom.
   unsigned get_local_dof(unsigned node) const;
   unsigned get_raw_nodes() const { return static_cast<unsigned>(x.size()); }
   double get_x(unsigned node) const { return x[node]; }
   double get_u(unsigned node) const { return u[node]; }
 
-  void create_sparsity(dealii::DynamicSparsityPattern& pattern, unsigned offset);
+  void create_sparsity(dealii::DynamicSparsityPattern& pattern, unsigned offset) const;
   void create_matrix(dealii::SparseMatrix<double>& matrix, unsigned offset) const;
   /// Adds the forces that the elements carry under the present displacements.
   void create_rhs(dealii::Vector<double>& rhs, unsigned offset) const;
@@ -74,7 +72,6 @@ class FilamentFEM {
   boost::container::flat_set<std::pair<unsigned, double>, CompareSetOfPairBySecond> mesh;
   double const e;
   double const a;
-  unsigned bnd_dof[2] = {0, 0};
   std::valarray<double> const& x;
   std::valarray<double>& u;
   std::vector<MyosinHead_s*> const& attached;
@@ -91,7 +88,7 @@ int fa_count_dofs(FilamentFEM const& chain, unsigned& sum, unsigned offset);
 /// The counter is the fibre's number, and is increased.
 int fa_prepare_nodes(FilamentFEM& chain, unsigned& counter, unsigned offset);
 int fa_assign_offset(FilamentFEM const& chain, std::vector<unsigned>& offsets, unsigned offset);
-int fa_create_sparsity(FilamentFEM& chain, dealii::DynamicSparsityPattern& pattern,
+int fa_create_sparsity(FilamentFEM const& chain, dealii::DynamicSparsityPattern& pattern,
                        unsigned offset);
 int fa_create_matrix(FilamentFEM const& chain, dealii::SparseMatrix<double>& matrix,
                      unsigned offset);

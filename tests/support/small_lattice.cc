@@ -1,9 +1,8 @@
 #include "support/small_lattice.h"
 
-#include <deal.II/lac/dynamic_sparsity_pattern.h>
-
 #include "base/run_state.h"
 #include "lattice/geometry_vertebrae.h"
+#include "mechanics/titin_prestress.h"
 #include "support/work_dir.h"
 
 namespace {
@@ -35,8 +34,6 @@ subsection protein-C
 end
 )";
 
-std::string stiffness(double k) { return "k = " + std::to_string(k); }
-
 }  // namespace
 
 StrokeModel::StrokeModel(XB_Model* law, double stroke_of_2)
@@ -44,24 +41,27 @@ StrokeModel::StrokeModel(XB_Model* law, double stroke_of_2)
   attached[1] = attached[2] = true;
 }
 
-SmallLattice::SmallLattice(LatticeSettings const& wanted) : settings(wanted) {
+SmallLattice::SmallLattice(LatticeSettings const& wanted)
+    : settings(wanted),
+      filaments(wanted.full_sarcomer),
+      see_law(wanted.see_stiffness),
+      titin_law(wanted.titin_stiffness),
+      see(see_law, wanted.see_damping, filaments),
+      boundary(filaments, see),
+      equilibrium(parameter, filaments, see, boundary) {
   currentTimeStep = step;
   write_file("geom_vertebrae.prm", geometry_text);
-  write_parameters("see_ConstantStiffness.prm", "ConstantStiffness",
-                   {stiffness(wanted.see_stiffness)});
-  write_parameters("titin_ConstantStiffness.prm", "ConstantStiffness",
-                   {stiffness(wanted.titin_stiffness)});
   geometry = std::make_unique<GeometryVertebrae>(GeometryParameter_s{});
-  geometry->see_damping_factor = wanted.see_damping;
   geometry->titin_enabled = wanted.titin_stiffness > 0.0 ? 1 : 0;
   geometry->proteinC_enabled = wanted.protein_c ? 1 : 0;
+  if (geometry->titin_enabled == 1) {
+    see.SetInitialPrescribedDisplacement(FindTitinForce(titin_law, *geometry));
+  }
   stepper = std::make_unique<FixedTimeStepMC>(slow, fast, step, &protein_c);
-  parameter.full_sarcomer = wanted.full_sarcomer;
-  sarcomer = std::make_unique<Sarcomer>(parameter, *geometry);
   for (unsigned i = 0; i < wanted.filaments; ++i) {
     int const direction = wanted.full_sarcomer > 0 && i % 2 == 1 ? -1 : 1;
-    sarcomer->add_filament(
-        new Filament(*geometry, slow, fast, *stepper, direction, sarcomer->titin_model));
+    filaments.add(
+        std::make_unique<Filament>(*geometry, slow, fast, *stepper, direction, &titin_law));
   }
 }
 
@@ -78,22 +78,9 @@ MyosinHead_s& SmallLattice::bind(unsigned f, unsigned index, unsigned fibre, uns
   return head;
 }
 
-void SmallLattice::solve(unsigned mode, double value) {
-  sarcomer->set_boundary_mode(mode, value);
-  sarcomer->assemble_and_solve(timeForAll, true);
-}
-
-unsigned SmallLattice::number() {
-  unsigned offset = 0;
-  for (auto const& filament : sarcomer->filaments) {
-    filament->prepare_nodes();
-    filament->set_offset(offset);
-    offset += filament->n_dofs();
-  }
-  dealii::DynamicSparsityPattern pattern(offset + 1, offset + 1);
-  for (auto const& filament : sarcomer->filaments) filament->create_sparsity(pattern);
-  sarcomer->see_create_sparsity(pattern, offset + 1);
-  return offset + 1;
+void SmallLattice::solve(Prescribed::Quantity quantity, double value) {
+  boundary.set_boundary_mode({quantity, value});
+  equilibrium.find(measured);
 }
 
 unsigned assemblies() { return static_cast<unsigned>(read_lines("SEE_velocity.csv").size()); }

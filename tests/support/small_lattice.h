@@ -1,5 +1,6 @@
 #pragma once
-/// A lattice small enough to calculate by hand, whose bonds a test makes itself.
+/// A lattice small enough to calculate by hand, whose bonds a test makes itself, with the rooms of
+/// a `Sarcomer` open to look into.
 ///
 /// Each filament has 7 thick nodes, at 0 and at 20, 30 .. 70 nm, with three heads on each but the
 /// first (heads 0, 1, 2 on node 1 and so on), and two thin filaments of 20 sites, 5 nm apart from
@@ -12,8 +13,11 @@
 #include "kinetics/fixed_dt_mc.h"
 #include "kinetics/model.h"
 #include "lattice/geometry.h"
-#include "mechanics/filament.h"
-#include "mechanics/sarcomer.h"
+#include "mechanics/boundary.h"
+#include "mechanics/equilibrium.h"
+#include "mechanics/filament_array.h"
+#include "mechanics/measured.h"
+#include "mechanics/series_elastic_element.h"
 
 /// A linear spring that may tell the solver another stiffness than it has.
 struct TestSpring : XB_Model {
@@ -58,14 +62,14 @@ class SmallLattice {
 
   explicit SmallLattice(LatticeSettings const& settings = {});
 
-  Filament& filament(unsigned i = 0) { return *sarcomer->filaments[i]; }
+  Filament& filament(unsigned i = 0) { return filaments[i]; }
   /// Makes a bond and appends it to `attached`; bind in the order of the heads.
   MyosinHead_s& bind(unsigned filament, unsigned head, unsigned fibre, unsigned site,
                      unsigned state = 1, unsigned model = 0);
   /// Prescribes and solves.
-  void solve(unsigned mode, double value);
-  /// Numbers and patterns all filaments, as a solve does; the number of degrees of freedom.
-  unsigned number();
+  void solve(Prescribed::Quantity quantity, double value);
+  void solve_length(double value) { solve(Prescribed::Quantity::length, value); }
+  void solve_force(double value) { solve(Prescribed::Quantity::force, value); }
 
   LatticeSettings const settings;
   SarcomerParameter_s parameter;
@@ -75,7 +79,13 @@ class SmallLattice {
   StrokeModel protein_c{&protein_c_law, strokes[2]};
   std::unique_ptr<Geometry> geometry;
   std::unique_ptr<FixedTimeStepMC> stepper;
-  std::unique_ptr<Sarcomer> sarcomer;
+  FilamentArray filaments;
+  TestSpring see_law;
+  TestSpring titin_law;
+  SeriesElasticElement see;
+  Boundary boundary;
+  Equilibrium equilibrium;
+  Measured measured;
 };
 
 /// Assemblies so far, one in each pass of a solve and one before the first: the lines of

@@ -14,6 +14,9 @@
 
 namespace {
 
+constexpr auto length = Prescribed::Quantity::length;
+constexpr auto force = Prescribed::Quantity::force;
+
 // Equilibrium: no way that is left to the lattice changes its energy by other than the outer work
 
 /// Displacements that move together, each with its factor.
@@ -60,7 +63,7 @@ double bond_energy(FilamentData const& data, MyosinHead_s const& head, bool bent
 /// Chains, bonds, titin, and the N parallel springs and (for a step of given length) dampers.
 double total_energy(SmallLattice& lattice, double extension_before, bool bent) {
   LatticeSettings const& s = lattice.settings;
-  double const x = lattice.sarcomer->see_displacement - lattice.filament(0).data.u[1][19];
+  double const x = lattice.see.displacement - lattice.filament(0).data.u[1][19];
   double energy = 0.5 * s.filaments *
                   (s.see_stiffness * square(x) +
                    s.see_damping / SmallLattice::step * square(x - extension_before));
@@ -120,7 +123,7 @@ std::vector<Direction> inner_nodes(SmallLattice& lattice) {
 
 struct Case {
   char const* name;
-  unsigned mode;
+  Prescribed::Quantity quantity;
   LatticeSettings settings;
   bool bent;
 };
@@ -137,14 +140,14 @@ class Balance : public testing::TestWithParam<Case> {
   }
 
   /// Central differences; forces of 1e-6 pN may be left at each of some places.
-  void expect_force(Direction const& direction, double force) {
+  void expect_force(Direction const& direction, double outer_force) {
     auto const energy_at = [&](double h) {
       for (auto const& [u, factor] : direction) *u += factor * h;
       double const energy = total_energy(lattice, extension_before, GetParam().bent);
       for (auto const& [u, factor] : direction) *u -= factor * h;
       return energy;
     };
-    EXPECT_NEAR((energy_at(1e-3) - energy_at(-1e-3)) / 2e-3, force, 2e-5);
+    EXPECT_NEAR((energy_at(1e-3) - energy_at(-1e-3)) / 2e-3, outer_force, 2e-5);
   }
 
   void expect_at(Direction const& direction, double place) {
@@ -157,42 +160,41 @@ class Balance : public testing::TestWithParam<Case> {
 
 // Two steps, so that the second starts from a lattice that is out of place.
 TEST_P(Balance, EnergyIsStationaryUnderTheOuterForce) {
-  unsigned const mode = GetParam().mode;
-  Sarcomer& sarcomer = *lattice.sarcomer;
+  bool const is_length = GetParam().quantity == length;
+  bool const is_series = lattice.filaments.is_series();
+  SeriesElasticElement& see = lattice.see;
   bind_many(lattice);
   for (double const value : {3.0, -8.0}) {
-    extension_before = sarcomer.see_displacement - sarcomer.get_last_actin_displacement();
-    lattice.solve(mode, value);
-    double const target = value + sarcomer.see_initial_displacement;
+    extension_before = see.displacement - lattice.filaments.get_last_actin_displacement();
+    lattice.solve(GetParam().quantity, value);
+    double const target = value + see.initial_displacement;
     for (Direction const& node : inner_nodes(lattice)) expect_force(node, 0.0);
     std::vector<Direction> const points = shared_points(lattice);
     for (Direction const& point : points) expect_at(point, *point[0].first / point[0].second);
     expect_at(points.back(), 0.0);
     for (std::size_t i = 1; i + 1 < points.size(); ++i) expect_force(points[i], 0.0);
-    Direction const outer_end{{&sarcomer.see_displacement, 1.0}};
-    if (mode == 2) {
-      expect_at(points[0], target);
+    Direction const outer_end{{&see.displacement, 1.0}};
+    Direction const& near_end = is_series ? points[0] : outer_end;
+    if (is_length) {
+      expect_at(near_end, target);
     } else {
-      expect_force(points[0], mode == 3 ? value : 0.0);
+      expect_force(near_end, value);
     }
-    if (mode == 0) {
-      expect_at(outer_end, target);
-    } else {
-      expect_force(outer_end, mode == 1 ? value : 0.0);
-    }
+    expect_force(is_series ? outer_end : points[0], 0.0);
   }
 }
 
 // Settings: filaments, sarcomeres in series, elastic element, its damping, titin.
-INSTANTIATE_TEST_SUITE_P(Modes, Balance,
-                         testing::Values(Case{"length", 0, {3, 0, 30, 0, 0}, false},
-                                         Case{"length_bent", 0, {2, 0, 30, 2, 0.6}, true},
-                                         Case{"force", 1, {3, 0, 30, 0, 0.6}, false},
-                                         Case{"force_bent", 1, {2, 0, 30, 2, 0}, true},
-                                         Case{"series_length", 2, {8, 2, 30, 0, 0}, false},
-                                         Case{"series_length_bent", 2, {8, 2, 30, 2, 0.6}, true},
-                                         Case{"series_force", 3, {8, 2, 30, 0, 0.6}, false},
-                                         Case{"series_force_bent", 3, {4, 1, 30, 0, 0}, true}),
-                         [](auto const& each) { return each.param.name; });
+INSTANTIATE_TEST_SUITE_P(
+    Modes, Balance,
+    testing::Values(Case{"length", length, {3, 0, 30, 0, 0}, false},
+                    Case{"length_bent", length, {2, 0, 30, 2, 0.6}, true},
+                    Case{"force", force, {3, 0, 30, 0, 0.6}, false},
+                    Case{"force_bent", force, {2, 0, 30, 2, 0}, true},
+                    Case{"series_length", length, {8, 2, 30, 0, 0}, false},
+                    Case{"series_length_bent", length, {8, 2, 30, 2, 0.6}, true},
+                    Case{"series_force", force, {8, 2, 30, 0, 0.6}, false},
+                    Case{"series_force_bent", force, {4, 1, 30, 0, 0}, true}),
+    [](auto const& each) { return each.param.name; });
 
 }  // namespace

@@ -1,0 +1,56 @@
+#pragma once
+/// Equilibrium of all filaments, bonds, titin and the series elastic element, with the heads
+/// frozen.
+///
+/// Newton iteration: the matrix is the stiffness at the present displacements (for titin, at its
+/// rest value), the right-hand side what the elements carry out of balance, and each solution a
+/// correction to the accumulated displacements. A prescribed displacement enters as a step in the
+/// first pass; the same ends are then held while the rest is balanced. The heads don't move, so
+/// bonds, mesh and numbering stay fixed meanwhile.
+///
+/// It ends when root mean square and largest entry of both the correction [nm] and the
+/// out-of-balance force [pN] are within their limits. No balance after 99 passes, and a system that
+/// determines no displacements, end the run: no number comes out of either.
+
+#include <functional>
+
+#include "mechanics/dealii_forward.h"
+#include "mechanics/sarcomer_parameter.h"
+
+class Boundary;
+class FilamentArray;
+class LinearSystem;
+class SeriesElasticElement;
+struct Measured;
+
+class Equilibrium {
+ public:
+  /// Keeps references to all.
+  Equilibrium(SarcomerParameter_s const& limits, FilamentArray const& filaments,
+              SeriesElasticElement& see, Boundary& boundary);
+
+  /// Moves the lattice into equilibrium and measures it in each pass.
+  void find(Measured& measured);
+  /// Solves without moving anything, and calls `report(stiffness)` after each pass: force gained at
+  /// the held ends over the way of the actin ends. No step of a run asks for it.
+  void probe_stiffness(Measured const& measured, std::function<void(double)> const& report);
+
+ private:
+  struct Residual;
+
+  /// The iteration. After each solve `move` takes the correction over; `report` sees it together
+  /// with the forces before conditions.
+  template <class Move, class Report>
+  void iterate(Move move, Report report);
+  void begin(LinearSystem& system) const;
+  void refuse_floating(LinearSystem const& system) const;
+  void log_pass(LinearSystem const& system, dealii::Vector<double> const& du, int pass) const;
+  void log_residual(Residual const& residual) const;
+  bool is_balanced(Residual const& residual) const;
+  [[noreturn]] void stop_without_convergence(Residual const& residual) const;
+
+  SarcomerParameter_s const& limits;
+  FilamentArray const& filaments;
+  SeriesElasticElement& see;
+  Boundary& boundary;
+};
