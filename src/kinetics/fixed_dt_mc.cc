@@ -9,43 +9,36 @@
 #include "kinetics/active_model.h"
 #include "kinetics/model_util.h"
 #include "kinetics/outcome_scale.h"
-#include "records/filament_data.h"
 
 /// The scale of one draw, on the stack unless a head has very many candidates.
 struct FixedTimeStepMC::Outcomes : OutcomeScale<StateBin_s, 64> {};
 
 FixedTimeStepMC::FixedTimeStepMC(Model const& slow, Model const& fast, double step,
                                  Model const* protein_c)
-    : model_slow(&slow),
-      model_fast(&fast),
+    : models{&slow, &fast, protein_c},
       dt(step),
       n_states(slow.n_states()),
       transition_counts(n_states, std::vector<unsigned>(n_states, 0)),
-      model_proteinC(protein_c),
       detached_states_file("detached_states_init.csv", "wt") {
   std::fprintf(detached_states_file.get(), "State 1,State 5,State 6\n");
 }
 
 double FixedTimeStepMC::get_k_slow(double x, unsigned from, unsigned to, ActinSite_s const&) const {
-  return model_slow->get_k(x, from, to);
+  return models.slow->get_k(x, from, to);
 }
 
 double FixedTimeStepMC::get_k_fast(double x, unsigned from, unsigned to, ActinSite_s const&) const {
-  return model_fast->get_k(x, from, to);
-}
-
-Model const& FixedTimeStepMC::model_of(unsigned model_index) const {
-  return model_index == 0 ? *model_slow : model_index == 1 ? *model_fast : *model_proteinC;
+  return models.fast->get_k(x, from, to);
 }
 
 void FixedTimeStepMC::initialize_filament(FilamentData& data) const {
   std::vector<double> p;
-  ModelUtil::get_detached_states(*model_slow, p);
+  ModelUtil::get_detached_states(*models.slow, p);
   std::vector<unsigned> states;
   std::vector<double> c;
   double sum = 0.0;
   for (unsigned s = 0; s < n_states; ++s) {
-    if (model_slow->attached[s]) continue;
+    if (models.slow->attached[s]) continue;
     sum += p[s];
     states.push_back(s);
     c.push_back(sum);
@@ -55,9 +48,9 @@ void FixedTimeStepMC::initialize_filament(FilamentData& data) const {
     auto const above = std::find_if(c.begin(), c.end(), [u](double c_j) { return c_j > u; });
     if (above != c.end()) head.state = states[static_cast<std::size_t>(above - c.begin())];
     // A protein-C head may have drawn a state that its own, smaller model doesn't have.
-    if (head.model_index < 2 || !model_proteinC) continue;
-    bool const is_own =
-        head.state < model_proteinC->n_states() && !model_proteinC->attached[head.state];
+    if (head.is_myosin() || !models.protein_c) continue;
+    Model const& own = *models.protein_c;
+    bool const is_own = head.state < own.n_states() && !own.attached[head.state];
     if (!is_own) head.state = 0;
   }
   for (unsigned const s : states) {
@@ -73,7 +66,7 @@ int FixedTimeStepMC::state_change(FilamentData& data, MyosinHead_s& head,
                                   std::vector<BindingSite_s>& candidates) const {
   double const u = uniform_variate();
   unsigned const old_state = head.state;
-  bool const is_bound = model_of(head.model_index).attached[old_state];
+  bool const is_bound = models.of(head).attached[old_state];
   Outcomes outcomes;
   if (is_bound) {
     collect_of_bound(data, head, outcomes);
@@ -89,20 +82,21 @@ int FixedTimeStepMC::state_change(FilamentData& data, MyosinHead_s& head,
 
 double FixedTimeStepMC::rate(MyosinHead_s const& head, double x, unsigned to,
                              ActinSite_s const& site) const {
-  switch (head.model_index) {
-    case 0:
+  switch (head.kind()) {
+    case HeadKind::slow:
       return get_k_slow(x, head.state, to, site);
-    case 1:
+    case HeadKind::fast:
       return get_k_fast(x, head.state, to, site);
-    default:
-      return model_proteinC->get_k(x, head.state, to);
+    case HeadKind::protein_c:
+      break;
   }
+  return models.protein_c->get_k(x, head.state, to);
 }
 
 void FixedTimeStepMC::collect_of_detached(FilamentData const& data, MyosinHead_s const& head,
                                           std::vector<BindingSite_s> const& candidates,
                                           Outcomes& outcomes) const {
-  Model const& model = model_of(head.model_index);
+  Model const& model = models.of(head);
   unsigned const from = head.state;
   unsigned const n = std::min(n_states, model.n_states());
   double const head_position = data.position[head.fibre][head.node];
@@ -124,7 +118,7 @@ void FixedTimeStepMC::collect_of_detached(FilamentData const& data, MyosinHead_s
 
 void FixedTimeStepMC::collect_of_bound(FilamentData const& data, MyosinHead_s const& head,
                                        Outcomes& outcomes) const {
-  Model const& model = model_of(head.model_index);
+  Model const& model = models.of(head);
   unsigned const n = std::min(n_states, model.n_states());
   double const x =
       data.position[head.actin_fibre][head.actin_site] - data.position[head.fibre][head.node];
@@ -138,7 +132,7 @@ void FixedTimeStepMC::collect_of_bound(FilamentData const& data, MyosinHead_s co
 
 void FixedTimeStepMC::carry_out(StateBin_s const& outcome, FilamentData& data,
                                 MyosinHead_s& head) const {
-  Model const& model = model_of(head.model_index);
+  Model const& model = models.of(head);
   bool const was_bound = model.attached[head.state];
   bool const will_be_bound = model.attached[outcome.state];
   if (!was_bound && will_be_bound) {
@@ -176,11 +170,11 @@ void FixedTimeStepMC::detach(FilamentData& data, MyosinHead_s& head) const {
 }
 
 void FixedTimeStepMC::print_transitions_slow(std::ostream& os) {
-  print_transitions(*model_slow, os);
+  print_transitions(*models.slow, os);
 }
 
 void FixedTimeStepMC::print_transitions_fast(std::ostream& os) {
-  print_transitions(*model_fast, os);
+  print_transitions(*models.fast, os);
 }
 
 void FixedTimeStepMC::print_transitions(Model const& model, std::ostream& os) {

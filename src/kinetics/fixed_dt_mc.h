@@ -12,13 +12,10 @@
 #include <vector>
 
 #include "base/output_file.h"
+#include "kinetics/head_models.h"
+#include "records/filament_data.h"
 
 class ActiveModel;
-class Model;
-struct ActinSite_s;
-struct BindingSite_s;
-struct FilamentData;
-struct MyosinHead_s;
 
 /// One possible outcome of a draw. `site` and `fibre` are `unbound` where it binds no site.
 struct StateBin_s {
@@ -51,9 +48,7 @@ class FixedTimeStepMC {
 
   void set_dt(double step) { dt = step; }
   double get_dt() const { return dt; }
-  Model const* get_proteinC_model() const { return model_proteinC; }
-  /// The model of a head: 0 slow, 1 fast, any other value protein-C.
-  Model const& model_of(unsigned model_index) const;
+  Model const* get_proteinC_model() const { return models.protein_c; }
 
   /// Makes the bond to the site that the head's `actin_site` and `actin_fibre` name.
   void attach(FilamentData& data, MyosinHead_s& head) const;
@@ -76,12 +71,10 @@ class FixedTimeStepMC {
   void carry_out(StateBin_s const& outcome, FilamentData& data, MyosinHead_s& head) const;
   void print_transitions(Model const& model, std::ostream& os);
 
-  Model const* model_slow;
-  Model const* model_fast;
+  HeadModels const models;
   double dt;
   unsigned const n_states;
   mutable std::vector<std::vector<unsigned>> transition_counts;
-  Model const* model_proteinC;
   OutputFile detached_states_file;
 };
 

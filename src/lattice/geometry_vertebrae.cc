@@ -307,16 +307,17 @@ void GeometryVertebrae::initialize_heads(FilamentData& data) const {
   unsigned proteinC_left = proteinCNumber * heads_per_crown;
   for (unsigned i = 0; i + 1 < n_myosin_nodes; ++i) {
     // One draw a crown: all its heads are of one kind.
-    unsigned const kind = slow_fraction >= uniform_variate() ? 0 : 1;
+    HeadKind const kind = slow_fraction >= uniform_variate() ? HeadKind::slow : HeadKind::fast;
     unsigned const crown = i % crown_classes;
     bool const carries_proteinC = proteinC_enabled != 0 && i >= proteinCStartPosition && crown == 0;
     for (unsigned h = 0; h < heads_per_crown; ++h) {
-      MyosinHead_s const head = {i + 1, 0, 0, unbound, unbound, crown * 16 + h, kind, 0};
+      MyosinHead_s head = {i + 1, 0, 0, unbound, unbound, crown * 16 + h, 0, 0};
+      head.set_kind(kind);
       *next++ = head;
       if (!carries_proteinC || proteinC_left == 0) continue;
       --proteinC_left;
-      *next = head;
-      (next++)->model_index = 2;
+      head.set_kind(HeadKind::protein_c);
+      *next++ = head;
     }
   }
 }

@@ -16,9 +16,7 @@ Filament::Filament(Geometry const& lattice, Model const& slow, Model const& fast
                    FixedTimeStepMC const& mc, int sense, XB_Model const* titin)
     : direction(sense),
       geometry(&lattice),
-      model_slow(&slow),
-      model_fast(&fast),
-      model_proteinC(mc.get_proteinC_model()),
+      models{&slow, &fast, mc.get_proteinC_model()},
       titin_law(titin),
       stepper(&mc) {
   geometry->initialize_filament(data);
@@ -42,19 +40,13 @@ int Filament::state_change(double, double) {
       head.detach_pending = 0;
       stepper->detach(data, head);
     }
-    Model const& model = model_of(head);
+    Model const& model = models.of(head);
     candidates.clear();
     if (!model.attached[head.state]) geometry->get_binding_sites(data, head, candidates);
     stepper->state_change(data, head, candidates);
     if (model.attached[head.state] || head.detach_pending == 1) data.attached.push_back(&head);
   }
   return 0;
-}
-
-Model const& Filament::model_of(MyosinHead_s const& head) const {
-  return head.model_index == 0   ? *model_slow
-         : head.model_index == 1 ? *model_fast
-                                 : *model_proteinC;
 }
 
 // Mesh and numbering
@@ -83,7 +75,7 @@ unsigned Filament::n_dofs() const {
   return sum;
 }
 
-unsigned Filament::n_states() const { return model_slow->n_states(); }
+unsigned Filament::n_states() const { return models.slow->n_states(); }
 
 unsigned Filament::n_attached() const {
   return static_cast<unsigned>(
@@ -139,29 +131,21 @@ double Filament::get_strain_euler(unsigned index) const {
 double Filament::bond_strain(unsigned index) const {
   MyosinHead_s const& head = *data.attached[index];
   double const distance = get_strain_euler(index);
-  return head.model_index < 2 ? distance + model_of(head).power_stroke(head.state) : distance;
+  return head.is_myosin() ? distance + models.of(head).power_stroke(head.state) : distance;
 }
 
 XB_Model const& Filament::bond_law(MyosinHead_s const& head) const {
-  return *model_of(head).xb_model;
+  return *models.of(head).xb_model;
 }
-
-namespace {
-
-bool carries_force(MyosinHead_s const& head) {
-  return head.detach_pending != 1 && head.model_index <= 2;
-}
-
-}  // namespace
 
 double Filament::bond_stiffness(unsigned index) const {
   MyosinHead_s const& head = *data.attached[index];
-  return carries_force(head) ? bond_law(head).GetStiffness(bond_strain(index)) : 0.0;
+  return head.carries_force() ? bond_law(head).GetStiffness(bond_strain(index)) : 0.0;
 }
 
 double Filament::bond_force(unsigned index) const {
   MyosinHead_s const& head = *data.attached[index];
-  return carries_force(head) ? bond_law(head).GetForce(bond_strain(index)) : 0.0;
+  return head.carries_force() ? bond_law(head).GetForce(bond_strain(index)) : 0.0;
 }
 
 // Titin
@@ -255,7 +239,7 @@ void Filament::WriteCBCharacteristics(std::ofstream& stream, int number) const {
 void Filament::writeActinNodeForces(FILE* file, int fibre) const {
   for (unsigned i = 0; i < data.attached.size(); ++i) {
     MyosinHead_s const& head = *data.attached[i];
-    if (head.model_index > 1 || static_cast<int>(head.actin_fibre) != fibre) continue;
+    if (!head.is_myosin() || static_cast<int>(head.actin_fibre) != fibre) continue;
     double const force = bond_law(head).GetForce(bond_strain(i));
     std::fprintf(file, "%u,%lf\n", head.actin_site, -force);
   }

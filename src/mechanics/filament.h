@@ -18,13 +18,13 @@
 #include <memory>
 #include <vector>
 
+#include "kinetics/head_models.h"
 #include "mechanics/dealii_forward.h"
 #include "mechanics/filament_fe.h"
 #include "records/filament_data.h"
 
 class FixedTimeStepMC;
 class Geometry;
-class Model;
 class XB_Model;
 
 class Filament {
@@ -59,12 +59,10 @@ class Filament {
   /// The thin filament whose end shows the displacement: fibre 2, or the last one there is.
   unsigned shown_actin_fibre() const { return std::min(2u, n_fibre() - 1); }
 
-  Model const* get_model_slow() const { return model_slow; }
-  Model const* get_model_fast() const { return model_fast; }
-  Model const* get_proteinC_model() const { return model_proteinC; }
+  Model const* get_model_slow() const { return models.slow; }
+  Model const* get_model_fast() const { return models.fast; }
+  Model const* get_proteinC_model() const { return models.protein_c; }
   Geometry const* get_geometry() const { return geometry; }
-  /// The model of a head: 0 slow, 1 fast, any other value protein-C.
-  Model const& model_of(MyosinHead_s const& head) const;
 
   double get_last_actin_displacement() const;
   /// Clears `u`; `position` stays.
@@ -124,9 +122,7 @@ class Filament {
   double titin_strain() const;
 
   Geometry const* geometry;
-  Model const* model_slow;
-  Model const* model_fast;
-  Model const* model_proteinC;
+  HeadModels const models;
   XB_Model const* titin_law;
   FixedTimeStepMC const* stepper;
   std::vector<FilamentFEM> chains;

@@ -6,13 +6,17 @@
 /// fibre 0 is the place of a crown of heads; a node of an actin fibre is one monomer and so one
 /// binding site. Node numbers run in the order of growing rest coordinate. Lengths in nm.
 
+#include <algorithm>
 #include <valarray>
 #include <vector>
 
 /// Value of `actin_site` and `actin_fibre` of a head that is bound to no site.
 constexpr unsigned unbound = 99999999;
 
-/// One myosin head.
+/// What a head is, and so which kinetic model drives it. The values are those of `model_index`.
+enum class HeadKind : unsigned { slow, fast, protein_c };
+
+/// One myosin head, or the protein-C beside one.
 struct MyosinHead_s {
   unsigned node;            ///< node on fibre 0; the first crown is node 1
   unsigned fibre;           ///< the fibre that carries the head, always 0
@@ -20,8 +24,18 @@ struct MyosinHead_s {
   unsigned actin_site;      ///< node it is bound to on `actin_fibre`, or `unbound`
   unsigned actin_fibre;     ///< fibre it is bound to, or `unbound`
   unsigned crown_code;      ///< crown class above the lowest four bits, head number in these
-  unsigned model_index;     ///< 0 slow, 1 fast, any other value protein-C
+  unsigned model_index;     ///< its kind: 0 slow, 1 fast, any other value protein-C
   unsigned detach_pending;  ///< 1 from leaving the bound states until the next state change
+
+  HeadKind kind() const {
+    return static_cast<HeadKind>(std::min(model_index, static_cast<unsigned>(HeadKind::protein_c)));
+  }
+  bool is_myosin() const { return kind() != HeadKind::protein_c; }
+  /// Whether its bond pulls. An index that no kind has steps as protein-C, but pulls nothing.
+  bool carries_force() const {
+    return detach_pending != 1 && model_index <= static_cast<unsigned>(HeadKind::protein_c);
+  }
+  void set_kind(HeadKind kind) { model_index = static_cast<unsigned>(kind); }
 
   unsigned crown_class() const { return crown_code >> 4; }
   unsigned number_in_crown() const { return crown_code & 15; }
