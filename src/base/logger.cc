@@ -21,9 +21,8 @@ struct DiagnosticFile {
   char const* path;
 };
 
-constexpr int n_files = 8;
-
-DiagnosticFile const files[n_files] = {
+/// In the order of their numbers.
+DiagnosticFile const files[Log::n_files] = {
     {&Logger::model_vorn_rates, "model_vorn_rates.csv"},
     {&Logger::atp_ase_rates_6states, "atp_ase_rates_6states.csv"},
     {&Logger::atp_ase_rates_8states, "atp_ase_rates_8states.csv"},
@@ -48,7 +47,7 @@ bool in_logged_time() {
 }  // namespace
 
 FILE* Logger::GetFile(int number) {
-  if (number < 0 || number >= n_files) return nullptr;
+  if (number < 0 || number >= Log::n_files) return nullptr;
   OpenFile(files[number].handle, files[number].path);
   return *files[number].handle;
 }

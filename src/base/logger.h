@@ -3,6 +3,21 @@
 
 #include <cstdio>
 
+namespace Log {
+/// The number of each file.
+enum : int {
+  model_vorn_rates,
+  atp_ase_rates_6states,
+  atp_ase_rates_8states,
+  see_stiffness,
+  myosin_head_states,
+  titin_data,
+  convergence_data,
+  crossbridge_convergence,
+  n_files
+};
+}  // namespace Log
+
 class Logger {
  public:
   static FILE* model_vorn_rates;
@@ -14,7 +29,7 @@ class Logger {
   static FILE* convergence_data;
   static FILE* crossbridge_convergence;
 
-  /// Handle of diagnostic file 0 to 7, opened if it isn't yet; null for any other number.
+  /// Handle of the file of that number, opened if it isn't yet; null for any other number.
   static FILE* GetFile(int number);
   /// Opens `path` into an empty handle; leaves an open one alone.
   static void OpenFile(FILE** handle, char const* path);

@@ -13,6 +13,33 @@
 /// The scale of one draw, on the stack unless a head has very many candidates.
 struct FixedTimeStepMC::Outcomes : OutcomeScale<StateBin_s, 64> {};
 
+namespace {
+
+/// A step of bound heads of which each is a row of a diagnostic file.
+struct LoggedStep_s {
+  unsigned from;
+  unsigned to;
+  int file;
+};
+
+/// By these steps ATP turnover is counted: the ADP step of the six-state cycle, and the one behind
+/// it in the eight-state cycle. The numbers of the states alone decide, in any model.
+constexpr LoggedStep_s turnover_steps[] = {
+    {2, 3, Log::atp_ase_rates_6states},
+    {3, 4, Log::atp_ase_rates_8states},
+};
+
+void log_turnover(unsigned from, unsigned to) {
+  for (LoggedStep_s const& step : turnover_steps) {
+    if (from != step.from || to != step.to) continue;
+    char line[64];
+    std::snprintf(line, sizeof line, "%lf,%d\n", timeForAll, 1);
+    Logger::Write(line, step.file, false);
+  }
+}
+
+}  // namespace
+
 FixedTimeStepMC::FixedTimeStepMC(Model const& slow, Model const& fast, double step,
                                  Model const* protein_c)
     : models{&slow, &fast, protein_c},
@@ -145,13 +172,7 @@ void FixedTimeStepMC::carry_out(StateBin_s const& outcome, FilamentData& data,
     ++numberOfDetachments;
     head.detach_pending = 1;
   }
-  // Two steps of the ATPase cycle are logged by their state numbers, in any model.
-  bool const is_logged = was_bound && outcome.state == head.state + 1;
-  if (is_logged && (head.state == 2 || head.state == 3)) {
-    char line[64];
-    std::snprintf(line, sizeof line, "%lf,%d\n", timeForAll, 1);
-    Logger::Write(line, head.state == 2 ? 1 : 2, false);
-  }
+  if (was_bound) log_turnover(head.state, outcome.state);
   head.state = outcome.state;
 }
 

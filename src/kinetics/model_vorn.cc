@@ -143,6 +143,6 @@ void ModelVorn::write_rates() const {
     std::snprintf(line, sizeof line, "%10.8lf,%10.8lf,%10.8lf, %10.8lf,%10.8lf\n", x,
                   ActiveModel::get_k(x, 0, 1), ActiveModel::get_k(x, 1, 0),
                   ActiveModel::get_k(x, 1, 2), ActiveModel::get_k(x, 2, 1));
-    Logger::Write(line, 0, false);
+    Logger::Write(line, Log::model_vorn_rates, false);
   }
 }
