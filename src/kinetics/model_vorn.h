@@ -5,9 +5,8 @@
 ///
 /// States:  0 detached, ready to bind; 1 bound; 2 after the stroke by D; 3 after the ADP step by
 ///          delta; 4 detached behind it; 5 detached and parked
-/// Law:     0 -> 1  binding   C_ b(exp(-E(x)/kBT)), saturating with eta; for x > 0 the energy
-/// counts
-///                            in units of detachment_multiplier kBT
+/// Law:     0 -> 1  binding   C_ b(exp(-E(x)/kBT)), saturating with eta; for x > 0 the energy is
+///                            counted in units of detachment_multiplier kBT
 ///          1 -> 2  stroke    k_12 below x_cap, then k_12 exp(-K(x) D (x - x_cap)/kBT)
 ///          2 -> 3  ADP step  k_adp exp(-K(x) ((x + D + delta)^2 - (x + D)^2)/(2 kBT))
 ///          3 -> 4, 4 -> 0, 0 -> 4, 0 -> 5  constants k_45, k_51, k_15, k_16
@@ -18,9 +17,8 @@
 ///          ca_50; C_ the binding constant divided by the overlap of the sites in reach
 /// Note:    rate keys count states from 1. The reverse of binding uses the constant as read.
 /// Assumes: a crossbridge spring that is linear around each strain
-/// Refuses: kBT, D, k_12, k_21_cap, detachment_multiplier, ca_50 not above 0; other rates or
-/// b_param
-///          negative; eta not above -1; calcium for which the rate is no number
+/// Refuses: kBT, D, k_12, k_21_cap, detachment_multiplier, ca_50 not above 0; other rates
+///          or b_param negative; eta not above -1; calcium for which the rate is no number
 
 #include "base/protocol.h"
 #include "kinetics/model_6state.h"
