@@ -17,6 +17,13 @@ namespace {
 OutputFile::OutputFile(std::string const& file_name, char const* mode)
     : file(open_output(file_name, mode)), name(file_name) {}
 
+OutputFile OutputFile::if_possible(std::string const& file_name, char const* mode) {
+  OutputFile output;
+  output.file = std::fopen(file_name.c_str(), mode);
+  output.name = file_name;
+  return output;
+}
+
 OutputFile::~OutputFile() {
   if (file) std::fclose(file);
 }

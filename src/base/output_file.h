@@ -14,6 +14,8 @@ class OutputFile {
   OutputFile() = default;
   /// Opens the file with a mode of `fopen`, or ends the run.
   OutputFile(std::string const& name, char const* mode);
+  /// Opens the file, or leaves `get` null: for files on the side, for want of which no run ends.
+  static OutputFile if_possible(std::string const& name, char const* mode);
   ~OutputFile();
   OutputFile(OutputFile&& other) noexcept;
   OutputFile& operator=(OutputFile&& other) noexcept;

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <functional>
 
+#include "base/output_file.h"
 #include "base/parameter_file.h"
 #include "elastic/XB_Models.h"
 #include "kinetics/rate_tools.h"
@@ -13,18 +14,19 @@ REGISTER_MODEL(ModelBrekAtpaseFiber, "BrekAtpaseFiber");
 
 namespace {
 
-/// Writes a heading, then one line per strain: the strain, then what `write_values` writes.
+/// Writes a heading, then one line per strain: the strain, then what `write_values` writes. Left
+/// out without a word where the file can't be opened, as the tables of `write_strain_table`.
 void write_table(char const* file_name, std::string const& heading, double x0, double x1, double dx,
                  std::function<void(FILE*, double)> const& write_values) {
-  FILE* const file = std::fopen(file_name, "wb");
-  if (!file) return;
-  std::fprintf(file, "%s\n", heading.c_str());
+  OutputFile const file = OutputFile::if_possible(file_name, "wb");
+  if (!file.get()) return;
+  std::fprintf(file.get(), "%s\n", heading.c_str());
   for (double x = x0; x <= x1; x += dx) {
-    std::fprintf(file, "%e,", x);
-    write_values(file, x);
-    std::fprintf(file, "\n");
+    std::fprintf(file.get(), "%e,", x);
+    write_values(file.get(), x);
+    std::fprintf(file.get(), "\n");
   }
-  std::fclose(file);
+  file.flush();
 }
 
 }  // namespace

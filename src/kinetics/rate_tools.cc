@@ -4,6 +4,7 @@
 
 #include "base/diagnostics.h"
 #include "base/discrete_function.h"
+#include "base/output_file.h"
 #include "base/run_state.h"
 #include "elastic/XB_Models.h"
 
@@ -130,12 +131,12 @@ double no_binding_overlap(std::string const& model) {
 
 void write_strain_table(char const* file_name, double x0, double x1, double step,
                         std::function<void(FILE*, double)> const& write_row) {
-  FILE* const file = std::fopen(file_name, "wb");
-  if (!file) return;
+  OutputFile const file = OutputFile::if_possible(file_name, "wb");
+  if (!file.get()) return;
   for (double x = x0; x < x1; x += step) {
-    std::fprintf(file, "%e ", x);
-    write_row(file, x);
-    std::fprintf(file, "\n");
+    std::fprintf(file.get(), "%e ", x);
+    write_row(file.get(), x);
+    std::fprintf(file.get(), "\n");
   }
-  std::fclose(file);
+  file.flush();
 }

@@ -83,6 +83,10 @@ void list_cycle(char const* heading, std::array<double, 12> const& values);
 double no_binding_overlap(std::string const& model);
 
 /// Writes one line per strain from `x0` up to less than `x1` to a file: the strain, then whatever
-/// `write_row` writes, each value with "%e ". Gives up silently when the file can't be opened.
+/// `write_row` writes, each value with "%e ".
+///
+/// The table is for a person to look at, and no run needs it: where the file can't be opened, it is
+/// left out without a word. A table that was begun and can't be finished would mislead, and ends
+/// the run.
 void write_strain_table(char const* file_name, double x0, double x1, double dx,
                         std::function<void(FILE*, double)> const& write_row);
