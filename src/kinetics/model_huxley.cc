@@ -52,15 +52,13 @@ double ModelHuxley::detachment_rate(double x) const {
 }
 
 void ModelHuxley::RescaleBindFactor() {
-  constexpr double dx = 0.1;
-  constexpr double site_spacing = 5.5;
   double s = 0.0;
   double e = 0.0;
-  auto const n = static_cast<long>(h / dx + 1.0);
+  auto const n = static_cast<long>(h / sweep_step + 1.0);
   double x = 0.0;
   for (long i = 0; i < n; ++i) {
     double const k = ActiveModel::get_k(x, 0, 1);
-    x += dx;
+    x += sweep_step;
     s += k;
     // Neighbour sites on both sides, as long as their ranges overlap with this one.
     double u = h - site_spacing;

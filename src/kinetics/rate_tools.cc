@@ -10,8 +10,6 @@
 
 namespace {
 
-constexpr double site_spacing = 5.5;  // nm, between the sites of one strand that a head can reach
-constexpr double dx = 0.1;
 constexpr double negligible_rate = 1e-8;
 constexpr double widest_reach = 1e5;  // nm, far beyond any filament
 
@@ -31,15 +29,15 @@ double bound_half_width(std::function<double(double)> const& rate,
                         std::function<double(double)> const& release, double reach) {
   double sum = 0.0;
   double p0 = 0.0;
-  auto const n = static_cast<long>(2.0 * reach / dx + 1.0);
+  auto const n = static_cast<long>(2.0 * reach / sweep_step + 1.0);
   double x = -reach;
-  for (long i = 0; i < n; ++i, x += dx) {
+  for (long i = 0; i < n; ++i, x += sweep_step) {
     double const k = rate(x);
     double const p = k / (release(x) + k);
     sum += p;
     if (std::abs(x) < 1e-5) p0 = p;
   }
-  return 0.5 * (sum * dx / (0.5 * p0));
+  return 0.5 * (sum * sweep_step / (0.5 * p0));
 }
 
 }  // namespace
@@ -99,11 +97,11 @@ double binding_overlap_factor(std::function<double(double)> const& rate,
   double const t0 = site_spacing - w;
   double s = 0.0;
   double e = 0.0;
-  auto const n = static_cast<long>(2.0 * w / dx + 1.0);
+  auto const n = static_cast<long>(2.0 * w / sweep_step + 1.0);
   double x = -w;
   for (long i = 0; i < n; ++i) {
     double const k = rate(x);
-    x += dx;
+    x += sweep_step;
     s += k;
     for (double t = t0; t < w; t += site_spacing) {
       if (x >= t) e += 2.0 * k;

@@ -10,6 +10,11 @@
 
 class XB_Model;
 
+/// Distance between the sites of one strand that a head can reach [nm].
+constexpr double site_spacing = 5.5;
+/// Step of the sweeps over a binding law by which overlap is found [nm].
+constexpr double sweep_step = 0.1;
+
 /// Boltzmann binding that can saturate.
 ///
 /// Law:     c e for eta = 0, else c (1 + eta) e / (1 + eta e), which is c at e = 1 too
@@ -52,8 +57,8 @@ double threshold_strain(XB_Model const& law, double D, double kBT, double k_12, 
                         double dGStroke);
 
 /// Factor by which a binding constant is divided so that the binding flux of a head that reaches
-/// several sites, 5.5 nm apart, stays that of one site; 1 when the bound fraction is at most 2.75
-/// nm wide on each side.
+/// several sites, `site_spacing` apart, stays that of one site; 1 when the bound fraction is at
+/// most half of that wide on each side.
 ///
 /// `rate` is the binding rate over strain with the constant as read, `kd` the constant divided by
 /// exp(GBind). A law that gives no finite width yields 1 and a warning that names `model`; a rate

@@ -288,9 +288,10 @@ double GeometryVertebrae::draw_actin_length() const {
   double const longest = dx_actin * n_actin_nodes;
   double const r = uniform_variate();
   if (nebulinDeficiency == 1) {
-    // Exponential distribution of the lost length, decay 0.134 um, cut at the full length.
-    double const quotient = (std::exp(-(longest / 1000.0) / 0.134) + r) / (1.0 - r);
-    return std::min(std::log(quotient) * -0.134 * -1000.0 + longest, longest);
+    // Exponential distribution of the lost length, cut at the full length.
+    constexpr double decay = 0.134;  // um
+    double const quotient = (std::exp(-(longest / 1000.0) / decay) + r) / (1.0 - r);
+    return std::min(std::log(quotient) * -decay * -1000.0 + longest, longest);
   }
   if (nebulinDeficiency == 2) return (longest - 562.4) * std::sqrt(r) + 562.4;
   return 0.0;
