@@ -67,7 +67,7 @@ double GetValue(Table const& table, double x) {
   return line_through(a.first, a.second, b.first, b.second, x);
 }
 
-double GetInverseValue(Table& table, double y) {
+double GetInverseValue(Table const& table, double y) {
   require_two_rows(table);
   std::size_t const lo = segment_of_value(table, y);
   auto const& a = table[lo];

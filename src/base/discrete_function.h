@@ -14,7 +14,7 @@ using Table = std::vector<std::pair<double, double>>;
 double GetValue(Table const& table, double x);
 
 /// The x at which a monotonic table, rising or falling, has the value `y`.
-double GetInverseValue(Table& table, double y);
+double GetInverseValue(Table const& table, double y);
 
 /// A table, and the Boltzmann-weighted integral of the energy that it holds.
 ///

@@ -90,7 +90,7 @@ void FixedTimeStepMC::initialize_filament(FilamentData& data) const {
 }
 
 int FixedTimeStepMC::state_change(FilamentData& data, MyosinHead_s& head,
-                                  std::vector<BindingSite_s>& candidates) const {
+                                  std::vector<BindingSite_s> const& candidates) const {
   double const u = uniform_variate();
   unsigned const old_state = head.state;
   bool const is_bound = models.of(head).attached[old_state];

@@ -44,7 +44,7 @@ class FixedTimeStepMC {
   /// One step of one head. `candidates` are what the lattice offers a detached head; a bound head's
   /// are not looked at. A pending release must have been carried out by `detach` before. Returns 0.
   virtual int state_change(FilamentData& data, MyosinHead_s& head,
-                           std::vector<BindingSite_s>& candidates) const;
+                           std::vector<BindingSite_s> const& candidates) const;
 
   void set_dt(double step) { dt = step; }
   double get_dt() const { return dt; }

@@ -59,8 +59,7 @@ void GeometrySimple::get_fibre_stiffness(unsigned fibre, double& e_fibre, double
 }
 
 void GeometrySimple::initialize_filament(FilamentData& data) const {
-  std::vector<unsigned> node_counts = {n_myosin_nodes, n_actin_nodes};
-  data.initialize(node_counts);
+  data.initialize({n_myosin_nodes, n_actin_nodes});
   place_nodes(data.x[0], 1, myosin_offset, dx_myosin);
   place_nodes(data.x[1], 0, myosin_offset, dx_actin);
   for (unsigned node = 1; node < n_myosin_nodes; ++node) add_crown(data, node, 0, {0, 0, 0});

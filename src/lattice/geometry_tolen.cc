@@ -163,8 +163,7 @@ void GeometryTolen::get_binding_sites(FilamentData const& data, MyosinHead_s con
 // Layout
 
 void GeometryTolen::initialize_filament(FilamentData& data) const {
-  std::vector<unsigned> node_counts = {n_myosin_nodes, n_actin_nodes, n_actin_nodes};
-  data.initialize(node_counts);
+  data.initialize({n_myosin_nodes, n_actin_nodes, n_actin_nodes});
   place_nodes(data.x[0], 1, myosin_offset, dx_myosin);
   for (unsigned fibre = 1; fibre <= thin_filaments; ++fibre) {
     place_nodes(data.x[fibre], 0, 0.0, dx_actin);

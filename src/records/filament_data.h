@@ -63,7 +63,7 @@ struct BindingSite_s {
 /// point into the source's `heads`.
 struct FilamentData {
   /// Appends one fibre per entry of `node_counts`; called once, on an empty record.
-  void initialize(std::vector<unsigned>& node_counts);
+  void initialize(std::vector<unsigned> const& node_counts);
 
   std::vector<std::valarray<unsigned>> bound_count;  ///< heads attached at a node, at either end
   std::vector<std::valarray<ActinSite_s>> sites;     ///< the entry of fibre 0 is not used
