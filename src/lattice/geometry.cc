@@ -12,16 +12,15 @@ unsigned Geometry::get_fibre(unsigned, unsigned, unsigned, unsigned) const { ret
 
 unsigned Geometry::get_site(unsigned, unsigned, unsigned, unsigned) const { return 0; }
 
-void Geometry::fibre_stiffness(std::vector<double> const& moduli, std::vector<double> const& areas,
-                               unsigned fibre, double& e, double& a) {
-  bool const known = fibre < moduli.size() && fibre < areas.size();
-  e = known ? moduli[fibre] : 0.0;
-  a = known ? areas[fibre] : 0.0;
+void Geometry::get_fibre_stiffness(unsigned fibre, double& e_fibre, double& a_fibre) const {
+  bool const known = fibre < e.size() && fibre < a.size();
+  e_fibre = known ? e[fibre] : 0.0;
+  a_fibre = known ? a[fibre] : 0.0;
 }
 
 void Geometry::declare_optional_see(dealii::ParameterHandler& handler) {
   ParameterSection const see(handler, "see");
-  see.declare_selection("see_stiffness", "", "|ConstantStiffness|StiffnessFunction");
+  see.declare_selection("see_stiffness", "", std::string("|") + series_laws);
   see.declare_double("see_damping_factor", "0.0");
 }
 
@@ -34,20 +33,19 @@ void Geometry::get_see(dealii::ParameterHandler& handler, std::string const& fil
 
 void Geometry::declare_thick_filament(ParameterSection const& myosin, std::string const& count_key,
                                       std::string const& count, std::string const& dx,
-                                      std::string const& e, std::string const& a) {
+                                      std::string const& modulus, std::string const& area) {
   myosin.declare_double("myosin_offset", "125.0");
   myosin.declare_integer(count_key, count);
   myosin.declare_double("dx_myosin", dx);
-  myosin.declare_double("e_mysoin", e);
-  myosin.declare_double("a_mysoin", a);
+  myosin.declare_double("e_mysoin", modulus);
+  myosin.declare_double("a_mysoin", area);
 }
 
-unsigned Geometry::get_thick_filament(ParameterSection const& myosin, std::string const& count_key,
-                                      double& offset, double& dx, std::vector<double>& e,
-                                      std::vector<double>& a) {
-  offset = myosin.positive("myosin_offset");
+unsigned Geometry::get_thick_filament(ParameterSection const& myosin,
+                                      std::string const& count_key) {
+  myosin_offset = myosin.positive("myosin_offset");
   unsigned const count = get_count(myosin, count_key);
-  dx = myosin.positive("dx_myosin");
+  dx_myosin = myosin.positive("dx_myosin");
   e.push_back(myosin.positive("e_mysoin"));
   a.push_back(myosin.positive("a_mysoin"));
   return count;
@@ -63,12 +61,10 @@ void Geometry::declare_thin_filaments(ParameterSection const& actin, unsigned n)
   }
 }
 
-double Geometry::get_thin_filaments(ParameterSection const& actin, unsigned n, double& dx,
-                                    unsigned& period, std::vector<double>& e,
-                                    std::vector<double>& a) {
-  dx = actin.positive("dx_actin");
-  double const length = get_actin_length(actin, dx);
-  period = get_count(actin, "actin_period");
+double Geometry::get_thin_filaments(ParameterSection const& actin, unsigned n) {
+  dx_actin = actin.positive("dx_actin");
+  double const length = get_actin_length(actin);
+  actin_period = get_count(actin, "actin_period");
   for (unsigned fibre = 1; fibre <= n; ++fibre) {
     e.push_back(actin.positive("e_actin" + std::to_string(fibre)));
     a.push_back(actin.positive("a_actin" + std::to_string(fibre)));
@@ -76,7 +72,7 @@ double Geometry::get_thin_filaments(ParameterSection const& actin, unsigned n, d
   return length;
 }
 
-double Geometry::get_actin_length(ParameterSection const& actin, double dx_actin) {
+double Geometry::get_actin_length(ParameterSection const& actin) {
   double const length = actin.positive("length_actin");
   if (!(length / dx_actin >= 2.0 && length / dx_actin < 1e6)) {
     actin.refuse_value("length_actin", "2 to a million times dx_actin");

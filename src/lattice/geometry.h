@@ -32,7 +32,7 @@ class Geometry {
   Geometry(Geometry const&) = delete;
   Geometry& operator=(Geometry const&) = delete;
 
-  virtual bool is_actin(unsigned fibre) const = 0;
+  virtual bool is_actin(unsigned fibre) const { return fibre != 0; }
 
   /// Appends a candidate for each free, available site that the detached head can reach. The order
   /// of the candidates is the order in which the stepper lays them on its scale.
@@ -43,9 +43,8 @@ class Geometry {
   /// filament lengths are distributed.
   virtual void initialize_filament(FilamentData& data) const = 0;
 
-  /// Young's modulus `e` [pN/nm^2] and cross-section `a` [nm^2] of a fibre; 0 for one that isn't
-  /// there.
-  virtual void get_fibre_stiffness(unsigned fibre, double& e, double& a) const = 0;
+  /// Young's modulus [pN/nm^2] and cross-section [nm^2] of a fibre; 0 for one that isn't there.
+  virtual void get_fibre_stiffness(unsigned fibre, double& e_fibre, double& a_fibre) const;
 
   /// Number of regulated chains of sites.
   virtual unsigned n_actin_chains() const { return 0; }
@@ -73,9 +72,8 @@ class Geometry {
   std::string parameter_file_name;     ///< what this lattice was read from
 
  protected:
-  /// Stiffness from per-fibre lists, the same in every lattice.
-  static void fibre_stiffness(std::vector<double> const& moduli, std::vector<double> const& areas,
-                              unsigned fibre, double& e, double& a);
+  /// Names of the laws that titin and the series elastic element can have.
+  static constexpr char const* series_laws = "ConstantStiffness|StiffnessFunction";
 
   /// Section `see` of a lattice that can do without: empty by default, and a whole run then stops.
   static void declare_optional_see(dealii::ParameterHandler& handler);
@@ -84,19 +82,16 @@ class Geometry {
   /// nodes.
   static void declare_thick_filament(ParameterSection const& myosin, std::string const& count_key,
                                      std::string const& count, std::string const& dx,
-                                     std::string const& e, std::string const& a);
-  /// Reads the same, appends to `e` and `a`, and returns the count.
-  static unsigned get_thick_filament(ParameterSection const& myosin, std::string const& count_key,
-                                     double& offset, double& dx, std::vector<double>& e,
-                                     std::vector<double>& a);
+                                     std::string const& modulus, std::string const& area);
+  /// Reads the same and returns the count.
+  unsigned get_thick_filament(ParameterSection const& myosin, std::string const& count_key);
   /// Section `actin` of a lattice with `n` numbered thin filaments whose sites repeat by a period.
   static void declare_thin_filaments(ParameterSection const& actin, unsigned n);
-  /// Reads the same, appends to `e` and `a`, and returns the length [nm].
-  double get_thin_filaments(ParameterSection const& actin, unsigned n, double& dx, unsigned& period,
-                            std::vector<double>& e, std::vector<double>& a);
+  /// Reads the same and returns the length [nm].
+  double get_thin_filaments(ParameterSection const& actin, unsigned n);
   /// Reads `length_actin` [nm] and sets the number of sites, `dx_actin` apart, that it has room
   /// for.
-  double get_actin_length(ParameterSection const& actin, double dx_actin);
+  double get_actin_length(ParameterSection const& actin);
 
   /// A whole number from 1 to a million, which is more than fits any filament.
   static unsigned get_count(ParameterSection const& section, std::string const& key);
@@ -106,6 +101,14 @@ class Geometry {
   /// Appends the unbound heads of one crown, all driven by the slow model.
   static void add_crown(FilamentData& data, unsigned node, unsigned crown_class,
                         std::initializer_list<unsigned> head_numbers);
+
+  double myosin_offset = 0.0;  ///< rest coordinate of the first crown [nm]
+  double dx_myosin = 0.0;      ///< between crowns [nm]
+  double dx_actin = 0.0;       ///< between sites [nm]
+  unsigned actin_period = 0;   ///< of the pattern of site angles, as the lattice counts it
+  double xamax = 0.0;          ///< half width of a head's axial reach [nm]
+  std::vector<double> e;       ///< Young's moduli of the fibres [pN/nm^2]
+  std::vector<double> a;       ///< their cross-sections [nm^2]
 };
 
 #define REGISTER_GEOMETRY(Derived, name) \

@@ -61,11 +61,11 @@ void GeometryFlight::declare_parameters(dealii::ParameterHandler& handler) {
 void GeometryFlight::get_parameters(dealii::ParameterHandler& handler) {
   {
     ParameterSection const myosin(handler, "myosin", parameter_file);
-    n_myosin_nodes = get_thick_filament(myosin, "myosin_heads", myosin_offset, dx_myosin, e, a);
+    n_myosin_nodes = get_thick_filament(myosin, "myosin_heads");
   }
   {
     ParameterSection const actin(handler, "actin", parameter_file);
-    get_thin_filaments(actin, thin_filaments, dx_actin, actin_period, e, a);
+    get_thin_filaments(actin, thin_filaments);
   }
   {
     ParameterSection const axial(handler, "axial", parameter_file);
@@ -78,10 +78,6 @@ void GeometryFlight::get_parameters(dealii::ParameterHandler& handler) {
     xamax = numerics.positive("xamax");
   }
   get_see(handler, parameter_file);
-}
-
-void GeometryFlight::get_fibre_stiffness(unsigned fibre, double& e_fibre, double& a_fibre) const {
-  fibre_stiffness(e, a, fibre, e_fibre, a_fibre);
 }
 
 // Steric weights

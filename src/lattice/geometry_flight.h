@@ -31,11 +31,9 @@ class GeometryFlight : public Geometry {
   static void declare_parameters(dealii::ParameterHandler& handler);
   void get_parameters(dealii::ParameterHandler& handler);
 
-  bool is_actin(unsigned fibre) const override { return fibre != 0; }
   void get_binding_sites(FilamentData const& data, MyosinHead_s const& head,
                          std::vector<BindingSite_s>& candidates) const override;
   void initialize_filament(FilamentData& data) const override;
-  void get_fibre_stiffness(unsigned fibre, double& e_fibre, double& a_fibre) const override;
 
   /// Places one head against a face, 0 or 1, of a site.
   EndOnView_s end_on(unsigned head, unsigned crown, unsigned site, unsigned fibre,
@@ -55,16 +53,9 @@ class GeometryFlight : public Geometry {
   /// Table of a thin filament, 1 to 3; null for any other fibre.
   std::valarray<double> const* weights_of(unsigned fibre) const;
 
-  double myosin_offset = 0.0;
-  double dx_myosin = 0.0;
-  double dx_actin = 0.0;
-  unsigned actin_period = 0;
-  double xamax = 0.0;
   double radius_actin = 0.0;
   double radius_myosin = 0.0;
   double d_actin_myosin = 0.0;
-  std::vector<double> e;
-  std::vector<double> a;
   std::valarray<double> weights_fibre1;
   std::valarray<double> weights_fibre2;
   std::valarray<double> weights_fibre3;

@@ -38,12 +38,12 @@ void GeometrySimple::declare_parameters(dealii::ParameterHandler& handler) {
 void GeometrySimple::get_parameters(dealii::ParameterHandler& handler) {
   {
     ParameterSection const myosin(handler, "myosin", parameter_file);
-    n_myosin_nodes = get_thick_filament(myosin, "myosin_heads", myosin_offset, dx_myosin, e, a);
+    n_myosin_nodes = get_thick_filament(myosin, "myosin_heads");
   }
   {
     ParameterSection const actin(handler, "actin", parameter_file);
     dx_actin = actin.positive("dx_actin");
-    get_actin_length(actin, dx_actin);
+    get_actin_length(actin);
     e.push_back(actin.positive("e_actin"));
     a.push_back(actin.positive("a_actin"));
   }
@@ -52,10 +52,6 @@ void GeometrySimple::get_parameters(dealii::ParameterHandler& handler) {
     xamax = numerics.positive("xamax");
   }
   get_see(handler, parameter_file);
-}
-
-void GeometrySimple::get_fibre_stiffness(unsigned fibre, double& e_fibre, double& a_fibre) const {
-  fibre_stiffness(e, a, fibre, e_fibre, a_fibre);
 }
 
 void GeometrySimple::initialize_filament(FilamentData& data) const {

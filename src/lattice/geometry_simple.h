@@ -18,17 +18,7 @@ class GeometrySimple : public Geometry {
   static void declare_parameters(dealii::ParameterHandler& handler);
   void get_parameters(dealii::ParameterHandler& handler);
 
-  bool is_actin(unsigned fibre) const override { return fibre != 0; }
   void get_binding_sites(FilamentData const& data, MyosinHead_s const& head,
                          std::vector<BindingSite_s>& candidates) const override;
   void initialize_filament(FilamentData& data) const override;
-  void get_fibre_stiffness(unsigned fibre, double& e_fibre, double& a_fibre) const override;
-
- private:
-  double myosin_offset = 0.0;
-  double dx_myosin = 0.0;
-  double dx_actin = 0.0;
-  double xamax = 0.0;
-  std::vector<double> e;
-  std::vector<double> a;
 };

@@ -49,11 +49,11 @@ void GeometryTolen::declare_parameters(dealii::ParameterHandler& handler) {
 void GeometryTolen::get_parameters(dealii::ParameterHandler& handler) {
   {
     ParameterSection const myosin(handler, "myosin", parameter_file);
-    n_myosin_nodes = get_thick_filament(myosin, "myosin_heads", myosin_offset, dx_myosin, e, a);
+    n_myosin_nodes = get_thick_filament(myosin, "myosin_heads");
   }
   {
     ParameterSection const actin(handler, "actin", parameter_file);
-    get_thin_filaments(actin, thin_filaments, dx_actin, actin_period, e, a);
+    get_thin_filaments(actin, thin_filaments);
   }
   {
     ParameterSection const numerics(handler, "numerics", parameter_file);
@@ -61,10 +61,6 @@ void GeometryTolen::get_parameters(dealii::ParameterHandler& handler) {
     model_c4 = numerics.text("model") == "C4" ? 1 : 0;
   }
   get_see(handler, parameter_file);
-}
-
-void GeometryTolen::get_fibre_stiffness(unsigned fibre, double& e_fibre, double& a_fibre) const {
-  fibre_stiffness(e, a, fibre, e_fibre, a_fibre);
 }
 
 // Angles

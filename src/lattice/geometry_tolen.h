@@ -31,11 +31,9 @@ class GeometryTolen : public Geometry {
   static void declare_parameters(dealii::ParameterHandler& handler);
   void get_parameters(dealii::ParameterHandler& handler);
 
-  bool is_actin(unsigned fibre) const override { return fibre != 0; }
   void get_binding_sites(FilamentData const& data, MyosinHead_s const& head,
                          std::vector<BindingSite_s>& candidates) const override;
   void initialize_filament(FilamentData& data) const override;
-  void get_fibre_stiffness(unsigned fibre, double& e_fibre, double& a_fibre) const override;
 
   /// Azimuth of a site, 0 to 2 pi.
   double get_actin_angle(unsigned site) const;
@@ -59,13 +57,6 @@ class GeometryTolen : public Geometry {
     return umap[fibre - 1][crown][head] > 0.0;
   }
 
-  double myosin_offset = 0.0;
-  double dx_myosin = 0.0;
-  double dx_actin = 0.0;
-  unsigned actin_period = 0;
-  double xamax = 0.0;
-  std::vector<double> e;
-  std::vector<double> a;
   unsigned model_c4 = 0;
   double umap[2][3][3] = {};       ///< by thin filament, crown class, head: 0, or which target + 1
   double head_azimuth[3][2] = {};  ///< by head, thin filament

@@ -18,7 +18,6 @@ REGISTER_GEOMETRY(GeometryVertebrae, "Vertebrae");
 namespace {
 
 constexpr char const* parameter_file = "geom_vertebrae.prm";
-constexpr char const* laws = "ConstantStiffness|StiffnessFunction";
 
 constexpr unsigned crown_classes = 3;
 constexpr unsigned heads_per_crown = 3;
@@ -68,12 +67,12 @@ void GeometryVertebrae::declare_parameters(dealii::ParameterHandler& handler) {
   {
     ParameterSection const titin(handler, "titin");
     titin.declare_integer("titin_enabled", "0");
-    titin.declare_selection("titin_stiffness", "ConstantStiffness", laws);
+    titin.declare_selection("titin_stiffness", "ConstantStiffness", series_laws);
     titin.declare_double("titin_length", "1.0");
   }
   {
     ParameterSection const see(handler, "see");
-    see.declare_selection("see_stiffness", "ConstantStiffness", laws);
+    see.declare_selection("see_stiffness", "ConstantStiffness", series_laws);
     see.declare_double("see_damping_factor", "0.0");
   }
   {
@@ -117,7 +116,7 @@ void GeometryVertebrae::get_parameters(dealii::ParameterHandler& handler) {
 
 void GeometryVertebrae::get_myosin_parameters(dealii::ParameterHandler& handler) {
   ParameterSection const myosin(handler, "myosin", parameter_file);
-  n_myosin_nodes = get_thick_filament(myosin, "myosin_crowns", myosin_offset, dx_myosin, e, a) + 1;
+  n_myosin_nodes = get_thick_filament(myosin, "myosin_crowns") + 1;
   slow_percent = myosin.number("slowHeads_percent");
   fast_percent = myosin.number("fastHeads_percent");
   if (slow_percent + fast_percent != 100.0) {
@@ -133,7 +132,7 @@ void GeometryVertebrae::get_myosin_parameters(dealii::ParameterHandler& handler)
 
 void GeometryVertebrae::get_actin_parameters(dealii::ParameterHandler& handler) {
   ParameterSection const actin(handler, "actin", parameter_file);
-  double const length = get_thin_filaments(actin, 2, dx_actin, actin_period, e, a);
+  double const length = get_thin_filaments(actin, 2);
   a_offset = actin.number("a_offset");
   actin_end = length + a_offset;
 }
@@ -149,11 +148,6 @@ void GeometryVertebrae::get_proteinC_parameters(dealii::ParameterHandler& handle
                           "at most " + std::to_string(fitting) +
                               ", the number of every third crown from proteinCStartPosition on");
   }
-}
-
-void GeometryVertebrae::get_fibre_stiffness(unsigned fibre, double& e_fibre,
-                                            double& a_fibre) const {
-  fibre_stiffness(e, a, fibre, e_fibre, a_fibre);
 }
 
 // Steric weights

@@ -32,11 +32,9 @@ class GeometryVertebrae : public Geometry {
   void get_parameters(dealii::ParameterHandler& handler);
   void WriteToTaveloOutput() const;
 
-  bool is_actin(unsigned fibre) const override { return fibre != 0; }
   void get_binding_sites(FilamentData const& data, MyosinHead_s const& head,
                          std::vector<BindingSite_s>& candidates) const override;
   void initialize_filament(FilamentData& data) const override;
-  void get_fibre_stiffness(unsigned fibre, double& e_fibre, double& a_fibre) const override;
 
   /// Chains 0 and 1 are the even and odd sites of fibre 1, chains 2 and 3 those of fibre 2.
   unsigned n_actin_chains() const override { return n_chains; }
@@ -71,17 +69,10 @@ class GeometryVertebrae : public Geometry {
   unsigned n_heads() const;
 
   double slow_fraction = 0.0;
-  double myosin_offset = 0.0;
   double a_offset = 0.0;
-  double dx_myosin = 0.0;
-  double dx_actin = 0.0;
-  unsigned actin_period = 0;
-  double xamax = 0.0;
   double radius_actin = 0.0;
   double radius_myosin = 0.0;
   double d_actin_myosin = 0.0;
-  std::vector<double> e;
-  std::vector<double> a;
   std::valarray<double> weights_fibre1;
   std::valarray<double> weights_fibre2;
   unsigned n_chains = 4;
