@@ -63,13 +63,13 @@ class EndOnTable {
   void place(unsigned crown, unsigned head, unsigned fibre, unsigned site) {
     std::fprintf(file.get(), "%u,%u,%u,%u,", crown, head, fibre, site);
   }
-  void add(EndOnView_s const& view, GeometryParameters_s const& radii, double weight) {
+  void add(EndOnView_s const& view, double weight) {
     double const b = view.head_angle;
     double const a = view.site_angle;
     std::fprintf(file.get(), "0,0,%g,%g,%g,%g,%g,%g,%g\n", view.actin_x, view.actin_y,
-                 radii.radius_b * std::cos(b), radii.radius_b * std::sin(b),
-                 view.actin_x + radii.radius_a * std::cos(a),
-                 view.actin_y + radii.radius_a * std::sin(a), weight);
+                 view.radii.radius_b * std::cos(b), view.radii.radius_b * std::sin(b),
+                 view.actin_x + view.radii.radius_a * std::cos(a),
+                 view.actin_y + view.radii.radius_a * std::sin(a), weight);
   }
   /// The thin filament is the origin, and no distances are given: those drawn are the vertebrates'.
   void add(double site_angle, double head_angle, double weight) {
@@ -103,8 +103,7 @@ void write_end_on(GeometryVertebrae const& lattice) {
     std::vector<BindingSite_s> out;
     lattice.get_angles_cached(head, crown, site, fibre, out);
     table.place(crown, head, fibre, site);
-    table.add(lattice.end_on(head, crown, site, fibre), lattice.radii(),
-              out.empty() ? 0.0 : out[0].weight);
+    table.add(lattice.end_on(head, crown, site, fibre), out.empty() ? 0.0 : out[0].weight);
   });
 }
 
@@ -118,9 +117,9 @@ void write_end_on(GeometryFlight const& lattice) {
       double offset_b = 0.0;
       double offset_a = 0.0;
       bool const in_sight = find_angle({view.actin_x, view.actin_y}, {0.0, 0.0}, view.site_angle,
-                                       view.head_angle, lattice.radii(), offset_b, offset_a);
+                                       view.head_angle, view.radii, offset_b, offset_a);
       table.place(crown, head, fibre, site);
-      table.add(view, lattice.radii(), in_sight && !out.empty() ? out[0].weight : 0.0);
+      table.add(view, in_sight && !out.empty() ? out[0].weight : 0.0);
     }
   });
 }

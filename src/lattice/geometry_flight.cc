@@ -3,9 +3,7 @@
 #include <deal.II/base/point.h>
 
 #include <cmath>
-#include <cstdio>
 
-#include "base/diagnostics.h"
 #include "base/parameter_file.h"
 #include "lattice/geometry_tools.h"
 #include "records/filament_data.h"
@@ -19,7 +17,6 @@ constexpr char const* parameter_file = "geom_flight.prm";
 constexpr unsigned crown_classes = 2;
 constexpr unsigned heads_per_crown = 4;
 constexpr unsigned thin_filaments = 3;
-constexpr double out_of_reach = -1.0;
 
 /// Centre of a thin filament at distance d, the thick filament's being the origin.
 Point2 actin_centre(unsigned fibre, unsigned crown, double d) {
@@ -33,7 +30,11 @@ Point2 actin_centre(unsigned fibre, unsigned crown, double d) {
 
 GeometryFlight::GeometryFlight(GeometryParameter_s const&) {
   load_parameters(*this, parameter_file);
-  build_tables();
+  weights = StericWeights(
+      {actin_period, crown_classes, heads_per_crown, thin_filaments},
+      [this](unsigned head, unsigned crown, unsigned site, unsigned fibre,
+             std::vector<BindingSite_s>& out) { get_angles(head, crown, site, fibre, out); },
+      "Flight", parameter_file);
 }
 
 void GeometryFlight::declare_parameters(dealii::ParameterHandler& handler) {
@@ -90,70 +91,24 @@ EndOnView_s GeometryFlight::end_on(unsigned head, unsigned crown, unsigned site,
 
   double const phi = site % actin_period * 2.0 * M_PI / actin_period;
   Point2 const actin = actin_centre(fibre, crown, d_actin_myosin);
-  return {actin[0], actin[1], phi + faces[face][head], head_azimuths[head] + crown_azimuths[crown]};
+  return {actin[0],
+          actin[1],
+          phi + faces[face][head],
+          head_azimuths[head] + crown_azimuths[crown],
+          {radius_actin, radius_myosin}};
 }
 
 void GeometryFlight::get_angles(unsigned head, unsigned crown, unsigned site, unsigned fibre,
                                 std::vector<BindingSite_s>& out) const {
-  constexpr double widest_bearing = 1.0471975511965976;
-
   for (unsigned const face : {0u, 1u}) {
-    EndOnView_s const view = end_on(head, crown, site, fibre, face);
-    double offset_b = 0.0;
-    double offset_a = 0.0;
-    bool const in_sight = find_angle({view.actin_x, view.actin_y}, {0.0, 0.0}, view.site_angle,
-                                     view.head_angle, radii(), offset_b, offset_a);
-    if (!in_sight || !(std::abs(offset_b) < widest_bearing)) continue;
-    double const weight = (1.0 + std::cos(3.0 * offset_b)) * (1.0 + std::cos(2.0 * offset_a));
-    out.push_back({weight, site, fibre});
+    auto const weight = steric_weight(end_on(head, crown, site, fibre, face), 3.0);
+    if (weight) out.push_back({*weight, site, fibre});
   }
-}
-
-std::size_t GeometryFlight::table_index(unsigned head, unsigned crown, unsigned site) const {
-  return head + (crown + std::size_t{site % actin_period} * crown_classes) * heads_per_crown;
-}
-
-std::valarray<double> const* GeometryFlight::weights_of(unsigned fibre) const {
-  if (fibre == 1) return &weights_fibre1;
-  if (fibre == 2) return &weights_fibre2;
-  return fibre == 3 ? &weights_fibre3 : nullptr;
-}
-
-void GeometryFlight::build_tables() {
-  std::valarray<double>* const tables[] = {&weights_fibre1, &weights_fibre2, &weights_fibre3};
-  for (auto* const table : tables) {
-    table->resize(std::size_t{actin_period} * crown_classes * heads_per_crown, 0.0);
-  }
-  double sum = 0.0;
-  int count = 0;
-  std::vector<BindingSite_s> out;
-  for (unsigned site = 0; site < actin_period; ++site) {
-    for (unsigned crown = 0; crown < crown_classes; ++crown) {
-      for (unsigned head = 0; head < heads_per_crown; ++head) {
-        for (unsigned fibre = 1; fibre <= thin_filaments; ++fibre) {
-          out.clear();
-          get_angles(head, crown, site, fibre, out);
-          if (out.size() > 1) std::printf("Error initialising Flight geometry!\n");
-          (*tables[fibre - 1])[table_index(head, crown, site)] =
-              out.empty() ? out_of_reach : out[0].weight;
-          if (out.empty()) continue;
-          sum += out[0].weight;
-          ++count;
-        }
-      }
-    }
-  }
-  if (!(sum > 0.0)) {
-    stop(std::string(parameter_file) + ": with these radii and distances no head can see any site");
-  }
-  for (auto* const table : tables) *table /= sum / count;
 }
 
 void GeometryFlight::get_angles_cached(unsigned head, unsigned crown, unsigned site, unsigned fibre,
                                        std::vector<BindingSite_s>& out, double factor) const {
-  auto const* const weights = weights_of(fibre);
-  if (!weights) return;
-  double const weight = (*weights)[table_index(head, crown, site)];
+  double const weight = weights.of(head, crown, site, fibre);
   if (weight > 0.0) out.push_back({weight * factor, site, fibre});
 }
 
@@ -165,16 +120,11 @@ void GeometryFlight::get_binding_sites(FilamentData const& data, MyosinHead_s co
   double const centre = data.position[head.fibre][head.node];
   for (unsigned fibre = 1; fibre <= thin_filaments; ++fibre) {
     auto const [first, end] = axial_reach(data.position[fibre], centre, xamax);
-    // Most sites in reach face away, so the weight is looked at before the site itself.
-    auto const& weights = *weights_of(fibre);
-    std::size_t index = table_index(number, crown, first);
-    for (unsigned site = first; site < end; ++site, index += crown_classes * heads_per_crown) {
-      if (index >= weights.size()) index -= weights.size();
-      double const weight = weights[index];
-      if (!(weight > 0.0) || data.bound_count[fibre][site] != 0) continue;
+    weights.for_each_seen(number, crown, fibre, first, end, [&](unsigned site, double weight) {
+      if (data.bound_count[fibre][site] != 0) return;
       double const k_on_factor = data.sites[fibre][site].k_on_factor;
       if (k_on_factor > 0.0) candidates.push_back({weight * k_on_factor, site, fibre});
-    }
+    });
   }
 }
 

@@ -18,11 +18,8 @@
 /// Refuses: lengths, spacings, periods, moduli and cross-sections not above 0, thin filaments of
 /// fewer than two sites, fewer than one thick node.
 
-#include <valarray>
-#include <vector>
-
 #include "lattice/geometry.h"
-#include "lattice/geometry_tools.h"
+#include "lattice/steric_weights.h"
 
 class GeometryFlight : public Geometry {
  public:
@@ -45,18 +42,10 @@ class GeometryFlight : public Geometry {
   /// The same from the table, with the scaled weight times `factor`.
   void get_angles_cached(unsigned head, unsigned crown, unsigned site, unsigned fibre,
                          std::vector<BindingSite_s>& out, double factor) const;
-  GeometryParameters_s radii() const { return {radius_actin, radius_myosin}; }
 
  private:
-  void build_tables();
-  std::size_t table_index(unsigned head, unsigned crown, unsigned site) const;
-  /// Table of a thin filament, 1 to 3; null for any other fibre.
-  std::valarray<double> const* weights_of(unsigned fibre) const;
-
   double radius_actin = 0.0;
   double radius_myosin = 0.0;
   double d_actin_myosin = 0.0;
-  std::valarray<double> weights_fibre1;
-  std::valarray<double> weights_fibre2;
-  std::valarray<double> weights_fibre3;
+  StericWeights weights;
 };

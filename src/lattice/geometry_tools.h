@@ -13,7 +13,7 @@ class Point;
 
 using Point2 = dealii::Point<2, double>;
 
-/// Radii about the first and the second centre of `find_angle`.
+/// Radii about the first and the second centre of `find_angle`, the thin and the thick filament's.
 struct GeometryParameters_s {
   double radius_a;
   double radius_b;
@@ -25,6 +25,7 @@ struct EndOnView_s {
   double actin_y;
   double site_angle;  ///< azimuth of the site on the thin filament
   double head_angle;  ///< azimuth of the head on the thick filament
+  GeometryParameters_s radii;
 };
 
 /// The angle shifted by full turns into the range above -pi up to and including pi.

@@ -1,7 +1,5 @@
 #include "lattice/geometry_vertebrae.h"
 
-#include <deal.II/base/point.h>
-
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -21,7 +19,7 @@ constexpr char const* parameter_file = "geom_vertebrae.prm";
 
 constexpr unsigned crown_classes = 3;
 constexpr unsigned heads_per_crown = 3;
-constexpr double out_of_reach = -1.0;
+constexpr unsigned thin_filaments = 2;
 
 /// Crowns that can carry protein-C: those of class 0 from the start position on.
 unsigned qualifying_crowns(unsigned n_crowns, unsigned start) {
@@ -34,7 +32,11 @@ unsigned qualifying_crowns(unsigned n_crowns, unsigned start) {
 
 GeometryVertebrae::GeometryVertebrae(GeometryParameter_s const&) {
   load_parameters(*this, parameter_file);
-  build_tables();
+  weights = StericWeights(
+      {2 * actin_period, crown_classes, heads_per_crown, thin_filaments},
+      [this](unsigned head, unsigned crown, unsigned site, unsigned fibre,
+             std::vector<BindingSite_s>& out) { get_angles(head, crown, site, fibre, out); },
+      "Vertebrae", parameter_file);
   WriteToTaveloOutput();
 }
 
@@ -47,7 +49,7 @@ void GeometryVertebrae::declare_parameters(dealii::ParameterHandler& handler) {
   }
   {
     ParameterSection const actin(handler, "actin");
-    declare_thin_filaments(actin, 2);
+    declare_thin_filaments(actin, thin_filaments);
     actin.declare_double("a_offset", "0.0");
   }
   {
@@ -132,7 +134,7 @@ void GeometryVertebrae::get_myosin_parameters(dealii::ParameterHandler& handler)
 
 void GeometryVertebrae::get_actin_parameters(dealii::ParameterHandler& handler) {
   ParameterSection const actin(handler, "actin", parameter_file);
-  double const length = get_thin_filaments(actin, 2);
+  double const length = get_thin_filaments(actin, thin_filaments);
   a_offset = actin.number("a_offset");
   actin_end = length + a_offset;
 }
@@ -174,67 +176,23 @@ EndOnView_s GeometryVertebrae::end_on(unsigned head, unsigned crown, unsigned si
     if (fibre != 1) actin_y = -actin_y;
     facing = (head + 1) % heads_per_crown;
   }
-  return {actin_x, actin_y, get_actin_angle(site) + head_angles[facing], crown_azimuths[crown]};
+  return {actin_x,
+          actin_y,
+          get_actin_angle(site) + head_angles[facing],
+          crown_azimuths[crown],
+          {radius_actin, radius_myosin}};
 }
 
 void GeometryVertebrae::get_angles(unsigned head, unsigned crown, unsigned site, unsigned fibre,
                                    std::vector<BindingSite_s>& out) const {
-  constexpr double widest_bearing = 1.0471975511965976;
-
-  EndOnView_s const view = end_on(head, crown, site, fibre);
-  double offset_b = 0.0;
-  double offset_a = 0.0;
-  bool const in_sight = find_angle({view.actin_x, view.actin_y}, {0.0, 0.0}, view.site_angle,
-                                   view.head_angle, radii(), offset_b, offset_a);
-  if (!in_sight || !(std::abs(offset_b) < widest_bearing)) return;
-  double const weight = (1.0 + std::cos(3.95 * offset_b)) * (1.0 + std::cos(2.0 * offset_a));
-  out.push_back({weight, site, fibre});
-}
-
-std::size_t GeometryVertebrae::table_index(unsigned head, unsigned crown, unsigned site) const {
-  return crown * heads_per_crown + head +
-         std::size_t{site % (2 * actin_period)} * crown_classes * heads_per_crown;
-}
-
-void GeometryVertebrae::build_tables() {
-  std::size_t const size = std::size_t{2 * actin_period} * crown_classes * heads_per_crown;
-  weights_fibre1.resize(size, 0.0);
-  weights_fibre2.resize(size, 0.0);
-  double sum = 0.0;
-  int count = 0;
-  std::vector<BindingSite_s> out;
-  for (unsigned site = 0; site < 2 * actin_period; ++site) {
-    for (unsigned crown = 0; crown < crown_classes; ++crown) {
-      for (unsigned head = 0; head < heads_per_crown; ++head) {
-        for (unsigned fibre = 1; fibre <= 2; ++fibre) {
-          out.clear();
-          get_angles(head, crown, site, fibre, out);
-          if (out.size() > 1) std::printf("Error initialising Vertebrae geometry!\n");
-          auto& weights = fibre == 1 ? weights_fibre1 : weights_fibre2;
-          weights[table_index(head, crown, site)] = out.empty() ? out_of_reach : out[0].weight;
-          if (out.empty()) continue;
-          sum += out[0].weight;
-          ++count;
-        }
-      }
-    }
-  }
-  if (count == 0) {
-    stop(std::string(parameter_file) + ": with these radii and distances no head can see any site");
-  }
-  double const mean = sum / count;
-  weights_fibre1 /= mean;
-  weights_fibre2 /= mean;
+  auto const weight = steric_weight(end_on(head, crown, site, fibre), 3.95);
+  if (weight) out.push_back({*weight, site, fibre});
 }
 
 void GeometryVertebrae::get_angles_cached(unsigned head, unsigned crown, unsigned site,
                                           unsigned fibre, std::vector<BindingSite_s>& out) const {
-  double const weight = weights_of(fibre)[table_index(head, crown, site)];
+  double const weight = weights.of(head, crown, site, fibre == 1 ? 1 : 2);
   if (weight > 0.0) out.push_back({weight, site, fibre});
-}
-
-std::valarray<double> const& GeometryVertebrae::weights_of(unsigned fibre) const {
-  return fibre == 1 ? weights_fibre1 : weights_fibre2;
 }
 
 void GeometryVertebrae::get_binding_sites(FilamentData const& data, MyosinHead_s const& head,
@@ -243,21 +201,17 @@ void GeometryVertebrae::get_binding_sites(FilamentData const& data, MyosinHead_s
   unsigned const crown = head.crown_class();
   unsigned const number = head.number_in_crown();
   double const centre = data.position[head.fibre][head.node];
-  unsigned const last_fibre = crown == 0 ? 1 : 2;
+  unsigned const last_fibre = crown == 0 ? 1 : thin_filaments;
   for (unsigned fibre = 1; fibre <= last_fibre; ++fibre) {
     auto [first, end] = axial_reach(data.position[fibre], centre, xamax);
     if (nebulinDeficiency != 0) {
       first = std::max(first, first_not_below(data.x[fibre], data.nebulin_limit[fibre - 1]));
     }
-    // Most sites in reach face away, so the weight is looked at before the site itself.
-    auto const& weights = weights_of(fibre);
-    std::size_t index = table_index(number, crown, first);
-    for (unsigned site = first; site < end; ++site, index += crown_classes * heads_per_crown) {
-      if (index >= weights.size()) index -= weights.size();
-      double const weight = weights[index];
-      if (!(weight > 0.0) || data.bound_count[fibre][site] != 0) continue;
-      if (data.sites[fibre][site].k_on_factor > 0.0) candidates.push_back({weight, site, fibre});
-    }
+    weights.for_each_seen(number, crown, fibre, first, end, [&](unsigned site, double weight) {
+      bool const is_free = data.bound_count[fibre][site] == 0;
+      if (is_free && data.sites[fibre][site].k_on_factor > 0.0)
+        candidates.push_back({weight, site, fibre});
+    });
   }
 }
 
@@ -266,10 +220,11 @@ void GeometryVertebrae::get_binding_sites(FilamentData const& data, MyosinHead_s
 void GeometryVertebrae::initialize_filament(FilamentData& data) const {
   data.initialize({n_myosin_nodes, n_actin_nodes, n_actin_nodes});
   place_nodes(data.x[0], 1, myosin_offset, dx_myosin);
-  for (unsigned fibre = 1; fibre <= 2; ++fibre) place_nodes(data.x[fibre], 0, a_offset, dx_actin);
+  for (unsigned fibre = 1; fibre <= thin_filaments; ++fibre)
+    place_nodes(data.x[fibre], 0, a_offset, dx_actin);
   if (nebulinDeficiency != 0) {
     double const longest = dx_actin * n_actin_nodes;
-    for (unsigned fibre = 1; fibre <= 2; ++fibre) {
+    for (unsigned fibre = 1; fibre <= thin_filaments; ++fibre) {
       data.nebulin_limit.push_back(longest - draw_actin_length() + a_offset);
     }
   }

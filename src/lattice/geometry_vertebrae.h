@@ -18,11 +18,8 @@
 /// Refuses: lengths, spacings, periods, moduli and cross-sections not above 0, thin filaments of
 /// fewer than two sites, negative counts, more protein-C crowns than qualify.
 
-#include <valarray>
-#include <vector>
-
 #include "lattice/geometry.h"
-#include "lattice/geometry_tools.h"
+#include "lattice/steric_weights.h"
 
 class GeometryVertebrae : public Geometry {
  public:
@@ -53,7 +50,6 @@ class GeometryVertebrae : public Geometry {
   /// The same from the table, with the scaled weight.
   void get_angles_cached(unsigned head, unsigned crown, unsigned site, unsigned fibre,
                          std::vector<BindingSite_s>& out) const;
-  GeometryParameters_s radii() const { return {radius_actin, radius_myosin}; }
   /// Azimuth of a site: odd and even sites are the two strands, half a turn apart.
   double get_actin_angle(unsigned site) const;
 
@@ -61,9 +57,6 @@ class GeometryVertebrae : public Geometry {
   void get_myosin_parameters(dealii::ParameterHandler& handler);
   void get_actin_parameters(dealii::ParameterHandler& handler);
   void get_proteinC_parameters(dealii::ParameterHandler& handler);
-  void build_tables();
-  std::size_t table_index(unsigned head, unsigned crown, unsigned site) const;
-  std::valarray<double> const& weights_of(unsigned fibre) const;
   double draw_actin_length() const;
   void initialize_heads(FilamentData& data) const;
   unsigned n_heads() const;
@@ -73,8 +66,7 @@ class GeometryVertebrae : public Geometry {
   double radius_actin = 0.0;
   double radius_myosin = 0.0;
   double d_actin_myosin = 0.0;
-  std::valarray<double> weights_fibre1;
-  std::valarray<double> weights_fibre2;
+  StericWeights weights;
   unsigned n_chains = 4;
   unsigned nebulinDeficiency = 0;
   double slow_percent = 0.0;
