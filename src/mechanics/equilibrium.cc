@@ -17,7 +17,6 @@ namespace {
 using Vector = dealii::Vector<double>;
 
 constexpr int most_passes = 100;
-constexpr int convergence_log = 6;
 
 /// Largest absolute entry of a vector and the index of its first occurrence.
 struct Peak {
@@ -151,7 +150,7 @@ void Equilibrium::stop_without_convergence(Residual const& r) const {
 }
 
 void Equilibrium::log_pass(LinearSystem const& system, Vector const& du, int pass) const {
-  if (!Logger::Takes(convergence_log, true)) return;
+  if (!Logger::Takes(Log::convergence_data, true)) return;
   Vector const& rhs = system.rhs;
   unsigned const d0 = filaments.front().get_bnd_dof(0, 0);
   unsigned const d1 = filaments.front().get_bnd_dof(1, 1);
@@ -161,15 +160,15 @@ void Equilibrium::log_pass(LinearSystem const& system, Vector const& du, int pas
   char text[3072];
   std::snprintf(text, sizeof text, "%lf,%d,%lf,%lf,%lf,%lf,%lf", timeForAll, pass, see.displacement,
                 S, rhs[d0], rhs[d1], rhs[see.outer_dof]);
-  Logger::Write(text, convergence_log, true);
+  Logger::Write(text, Log::convergence_data, true);
   std::snprintf(text, sizeof text, ",%lf,%lf,%lf", du[d0], du[d1], du[see.outer_dof]);
-  Logger::Write(text, convergence_log, true);
+  Logger::Write(text, Log::convergence_data, true);
 }
 
 void Equilibrium::log_residual(Residual const& r) const {
-  if (!Logger::Takes(convergence_log, true)) return;
+  if (!Logger::Takes(Log::convergence_data, true)) return;
   char text[2048];
   std::snprintf(text, sizeof text, ",%lf,%u,%lf,%u,%lf\n", r.max_rhs.value, r.max_rhs.index,
                 r.max_du.value, r.max_du.index, filaments.get_last_actin_displacement());
-  Logger::Write(text, convergence_log, true);
+  Logger::Write(text, Log::convergence_data, true);
 }

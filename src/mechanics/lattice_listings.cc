@@ -26,7 +26,7 @@ void write_crossbridge_listing(FilamentArray const& filaments) {
   for (auto const& filament : filaments) {
     for (unsigned i = 0; i < filament->data.attached.size(); ++i) {
       MyosinHead_s const& head = *filament->data.attached[i];
-      if (head.model_index > 1) continue;
+      if (!head.is_myosin()) continue;
       forces.push_back(filament->bond_law(head).GetForce(filament->bond_strain(i)));
     }
   }

@@ -33,7 +33,7 @@ void Measured::count_bonds(FilamentArray const& filaments) {
     }
     for (MyosinHead_s const* head : filament->data.attached) {
       if (head->detach_pending == 1) continue;
-      ++(head->model_index < 2 ? crossbridges : proteinC_bonds);
+      ++(head->is_myosin() ? crossbridges : proteinC_bonds);
     }
   }
   auto const N = static_cast<double>(filaments.size());

@@ -9,8 +9,6 @@ namespace {
 
 constexpr char const* statistics_name = "ActinSegmentStates_Statistics.csv";
 
-bool is_myosin(MyosinHead_s const& head) { return head.model_index < 2; }
-
 }  // namespace
 
 ResultFiles::ResultFiles()
@@ -56,10 +54,10 @@ void ResultFiles::write_cb_states(FilamentArray const& filaments, std::ofstream&
   std::vector<int> all_counts(static_cast<std::size_t>(n_states), 0);
   for (auto const& filament : filaments) {
     for (MyosinHead_s const* head : filament->data.attached) {
-      if (is_myosin(*head)) ++attached_counts[head->state];
+      if (head->is_myosin()) ++attached_counts[head->state];
     }
     for (MyosinHead_s const& head : filament->data.heads) {
-      if (is_myosin(head)) ++all_counts[head.state];
+      if (head.is_myosin()) ++all_counts[head.state];
     }
   }
   for (int const count : attached_counts) stream << count << ',';
