@@ -3,7 +3,6 @@
 
 /// exp(x), held at its values at x = -70 and x = 70 beyond them.
 double exprot(double x);
-double exprot_(double const* x);
 
 /// Dawson's integral.
 ///
@@ -18,3 +17,6 @@ long i_dnnt(double const* x);
 
 /// |a| with the sign of b; a b of 0 counts as positive.
 double d_sign(double const* a, double const* b);
+
+/// `exprot` in the same form, which no rate needs.
+double exprot_(double const* x);

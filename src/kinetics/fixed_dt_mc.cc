@@ -190,6 +190,24 @@ void FixedTimeStepMC::detach(FilamentData& data, MyosinHead_s& head) const {
   head.actin_fibre = unbound;
 }
 
+FixedTimeStepMCActiv::FixedTimeStepMCActiv(ActiveModel const& slow, ActiveModel const& fast,
+                                           double step, Model const* protein_c)
+    : FixedTimeStepMC(slow, fast, step, protein_c),
+      active_model_slow(&slow),
+      active_model_fast(&fast) {}
+
+double FixedTimeStepMCActiv::get_k_slow(double x, unsigned from, unsigned to,
+                                        ActinSite_s const& site) const {
+  return active_model_slow->get_k(x, from, to, site);
+}
+
+double FixedTimeStepMCActiv::get_k_fast(double x, unsigned from, unsigned to,
+                                        ActinSite_s const& site) const {
+  return active_model_fast->get_k(x, from, to, site);
+}
+
+// Diagnostics
+
 void FixedTimeStepMC::print_transitions_slow(std::ostream& os) {
   print_transitions(*models.slow, os);
 }
@@ -206,20 +224,4 @@ void FixedTimeStepMC::print_transitions(Model const& model, std::ostream& os) {
     }
   }
   os << std::endl;
-}
-
-FixedTimeStepMCActiv::FixedTimeStepMCActiv(ActiveModel const& slow, ActiveModel const& fast,
-                                           double step, Model const* protein_c)
-    : FixedTimeStepMC(slow, fast, step, protein_c),
-      active_model_slow(&slow),
-      active_model_fast(&fast) {}
-
-double FixedTimeStepMCActiv::get_k_slow(double x, unsigned from, unsigned to,
-                                        ActinSite_s const& site) const {
-  return active_model_slow->get_k(x, from, to, site);
-}
-
-double FixedTimeStepMCActiv::get_k_fast(double x, unsigned from, unsigned to,
-                                        ActinSite_s const& site) const {
-  return active_model_fast->get_k(x, from, to, site);
 }

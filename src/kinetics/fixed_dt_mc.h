@@ -55,6 +55,8 @@ class FixedTimeStepMC {
   /// Breaks the bond and forgets the site.
   void detach(FilamentData& data, MyosinHead_s& head) const;
 
+  // Diagnostics that no step of a run calls.
+
   /// Write how many heads went from state to state, for the pairs that the model has, and start
   /// counting anew. Slow and fast heads share one count.
   void print_transitions_slow(std::ostream& os);

@@ -26,7 +26,9 @@ class Model3State : public ActiveModel {
   double get_G(double x, unsigned state) const;
   /// Rate of `j` to `i` from the rate `f` of `i` to `j`.
   double get_reverse_rate(double x, unsigned i, unsigned j, double f) const;
-  /// Writes the free energies of all states over strain to "energy.dat".
+
+  /// Diagnostic that no step of a run calls: writes the free energies of all states over strain to
+  /// "energy.dat".
   void print_energy(double x0, double x1, double dx) const;
 
  protected:

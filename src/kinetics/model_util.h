@@ -12,6 +12,9 @@ class ModelUtil {
   /// Steady state of the chain of detached states alone, at strain 0; 0 for attached states. This
   /// is the distribution from which heads take their first states.
   static void get_detached_states(Model const& model, std::vector<double>& p);
+
+  // Diagnostics that no step of a run calls.
+
   /// Steady state of all states at strain `x`. A state that no rate leads into gets 0, and the rest
   /// of the chain is solved.
   static void get_states(Model const& model, double x, std::vector<double>& p);

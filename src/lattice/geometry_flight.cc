@@ -106,12 +106,6 @@ void GeometryFlight::get_angles(unsigned head, unsigned crown, unsigned site, un
   }
 }
 
-void GeometryFlight::get_angles_cached(unsigned head, unsigned crown, unsigned site, unsigned fibre,
-                                       std::vector<BindingSite_s>& out, double factor) const {
-  double const weight = weights.of(head, crown, site, fibre);
-  if (weight > 0.0) out.push_back({weight * factor, site, fibre});
-}
-
 void GeometryFlight::get_binding_sites(FilamentData const& data, MyosinHead_s const& head,
                                        std::vector<BindingSite_s>& candidates) const {
   candidates.reserve(20);
@@ -140,4 +134,12 @@ void GeometryFlight::initialize_filament(FilamentData& data) const {
     add_crown(data, i + 1, i % crown_classes, {0, 1, 2, 3});
   }
   data.position = data.x;
+}
+
+// Diagnostics
+
+void GeometryFlight::get_angles_cached(unsigned head, unsigned crown, unsigned site, unsigned fibre,
+                                       std::vector<BindingSite_s>& out, double factor) const {
+  double const weight = weights.of(head, crown, site, fibre);
+  if (weight > 0.0) out.push_back({weight * factor, site, fibre});
 }

@@ -39,7 +39,10 @@ class GeometryFlight : public Geometry {
   /// scaled, for each that it can bind.
   void get_angles(unsigned head, unsigned crown, unsigned site, unsigned fibre,
                   std::vector<BindingSite_s>& out) const;
-  /// The same from the table, with the scaled weight times `factor`.
+
+  // Diagnostics that no step of a run calls.
+
+  /// `get_angles` from the table, with the scaled weight times `factor`.
   void get_angles_cached(unsigned head, unsigned crown, unsigned site, unsigned fibre,
                          std::vector<BindingSite_s>& out, double factor) const;
 

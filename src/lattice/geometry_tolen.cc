@@ -126,11 +126,6 @@ void GeometryTolen::tabulate_distances() {
   }
 }
 
-void GeometryTolen::get_angles(unsigned head, unsigned crown, unsigned site, unsigned fibre,
-                               std::vector<BindingSite_s>& out) const {
-  if (faces(head, crown, fibre)) out.push_back({distance(head, site, fibre), site, fibre});
-}
-
 void GeometryTolen::get_binding_sites(FilamentData const& data, MyosinHead_s const& head,
                                       std::vector<BindingSite_s>& candidates) const {
   unsigned const number = head.number_in_crown();
@@ -168,4 +163,11 @@ void GeometryTolen::initialize_filament(FilamentData& data) const {
     add_crown(data, node, node % crown_classes, {0, 1, 2, 0, 1, 2});
   }
   data.position = data.x;
+}
+
+// Diagnostics
+
+void GeometryTolen::get_angles(unsigned head, unsigned crown, unsigned site, unsigned fibre,
+                               std::vector<BindingSite_s>& out) const {
+  if (faces(head, crown, fibre)) out.push_back({distance(head, site, fibre), site, fibre});
 }

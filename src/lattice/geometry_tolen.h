@@ -37,6 +37,9 @@ class GeometryTolen : public Geometry {
 
   /// Azimuth of a site, 0 to 2 pi.
   double get_actin_angle(unsigned site) const;
+
+  // Diagnostics that no step of a run calls.
+
   /// Azimuth on a thin filament, 1 or 2, that faces the head.
   double get_head_azimuth(unsigned head, unsigned fibre) const {
     return head_azimuth[head][fibre - 1];

@@ -189,12 +189,6 @@ void GeometryVertebrae::get_angles(unsigned head, unsigned crown, unsigned site,
   if (weight) out.push_back({*weight, site, fibre});
 }
 
-void GeometryVertebrae::get_angles_cached(unsigned head, unsigned crown, unsigned site,
-                                          unsigned fibre, std::vector<BindingSite_s>& out) const {
-  double const weight = weights.of(head, crown, site, fibre == 1 ? 1 : 2);
-  if (weight > 0.0) out.push_back({weight, site, fibre});
-}
-
 void GeometryVertebrae::get_binding_sites(FilamentData const& data, MyosinHead_s const& head,
                                           std::vector<BindingSite_s>& candidates) const {
   candidates.reserve(20);
@@ -340,4 +334,12 @@ void GeometryVertebrae::WriteToTaveloOutput() const {
     integer("\tproteinCNumber:\t\t\t", proteinCNumber);
   }
   line("");
+}
+
+// Diagnostics
+
+void GeometryVertebrae::get_angles_cached(unsigned head, unsigned crown, unsigned site,
+                                          unsigned fibre, std::vector<BindingSite_s>& out) const {
+  double const weight = weights.of(head, crown, site, fibre == 1 ? 1 : 2);
+  if (weight > 0.0) out.push_back({weight, site, fibre});
 }

@@ -47,11 +47,14 @@ class GeometryVertebrae : public Geometry {
   /// scaled.
   void get_angles(unsigned head, unsigned crown, unsigned site, unsigned fibre,
                   std::vector<BindingSite_s>& out) const;
-  /// The same from the table, with the scaled weight.
-  void get_angles_cached(unsigned head, unsigned crown, unsigned site, unsigned fibre,
-                         std::vector<BindingSite_s>& out) const;
   /// Azimuth of a site: odd and even sites are the two strands, half a turn apart.
   double get_actin_angle(unsigned site) const;
+
+  // Diagnostics that no step of a run calls.
+
+  /// `get_angles` from the table, with the scaled weight.
+  void get_angles_cached(unsigned head, unsigned crown, unsigned site, unsigned fibre,
+                         std::vector<BindingSite_s>& out) const;
 
  private:
   void get_myosin_parameters(dealii::ParameterHandler& handler);

@@ -83,40 +83,20 @@ unsigned Filament::n_attached() const {
                     [](MyosinHead_s const* head) { return head->detach_pending != 1; }));
 }
 
-unsigned Filament::n_in_state(unsigned state) const {
-  return static_cast<unsigned>(
-      std::count_if(data.attached.begin(), data.attached.end(),
-                    [state](MyosinHead_s const* head) { return head->state == state; }));
-}
-
 // Positions
 
 double Filament::get_last_actin_displacement() const {
   return chains[1].get_u(chains[1].get_raw_nodes() - 1);
 }
 
-void Filament::resetDisplacement() {
-  for (auto& u : data.u) u = 0.0;
-}
-
 double Filament::get_actin_position(unsigned fibre, unsigned node) const {
   return chains[fibre].get_x(node) + chains[fibre].get_u(node);
-}
-
-double Filament::get_myosin_position(unsigned head) const {
-  unsigned const node = data.heads[head].node;
-  return chains[0].get_x(node) + chains[0].get_u(node);
 }
 
 void Filament::get_crossbridge_positions(unsigned index, double& myosin, double& actin) const {
   MyosinHead_s const& head = *data.attached[index];
   myosin = data.x[0][head.node] + data.u[0][head.node];
   actin = get_actin_position(head.actin_fibre, head.actin_site);
-}
-
-double Filament::get_strain(unsigned index) const {
-  MyosinHead_s const& head = *data.attached[index];
-  return data.x[head.actin_fibre][head.actin_site] - data.x[0][head.node];
 }
 
 double Filament::get_strain_euler(unsigned index) const {
@@ -223,7 +203,27 @@ void Filament::InterpolateDisplacements() {
   }
 }
 
-// Diagnostic writers
+// Diagnostics
+
+unsigned Filament::n_in_state(unsigned state) const {
+  return static_cast<unsigned>(
+      std::count_if(data.attached.begin(), data.attached.end(),
+                    [state](MyosinHead_s const* head) { return head->state == state; }));
+}
+
+double Filament::get_myosin_position(unsigned head) const {
+  unsigned const node = data.heads[head].node;
+  return chains[0].get_x(node) + chains[0].get_u(node);
+}
+
+double Filament::get_strain(unsigned index) const {
+  MyosinHead_s const& head = *data.attached[index];
+  return data.x[head.actin_fibre][head.actin_site] - data.x[0][head.node];
+}
+
+void Filament::resetDisplacement() {
+  for (auto& u : data.u) u = 0.0;
+}
 
 void Filament::write_displacement(std::ostream& stream) const {
   do_for_all(fa_write_displacement, stream, 0);

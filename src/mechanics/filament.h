@@ -49,8 +49,6 @@ class Filament {
   unsigned n_states() const;
   /// Heads in `attached` whose release is not pending.
   unsigned n_attached() const;
-  /// Heads in `attached` in that state, pending ones included.
-  unsigned n_in_state(unsigned state) const;
   /// Number of the first (`end` 0) or last (1) node's degree of freedom, once numbered.
   unsigned get_bnd_dof(unsigned end, unsigned fibre) const {
     return fibre_offsets[fibre] + (end == 0 ? 0 : chains[fibre].n_dofs() - 1);
@@ -59,22 +57,13 @@ class Filament {
   /// The thin filament whose end shows the displacement: fibre 2, or the last one there is.
   unsigned shown_actin_fibre() const { return std::min(2u, n_fibre() - 1); }
 
-  Model const* get_model_slow() const { return models.slow; }
-  Model const* get_model_fast() const { return models.fast; }
-  Model const* get_proteinC_model() const { return models.protein_c; }
   Geometry const* get_geometry() const { return geometry; }
 
   double get_last_actin_displacement() const;
-  /// Clears `u`; `position` stays.
-  void resetDisplacement();
   double get_actin_position(unsigned fibre, unsigned node) const;
-  /// Coordinate of a head's node; the index runs over `heads`.
-  double get_myosin_position(unsigned head) const;
   /// Coordinates of a bond's two ends; this index and the following run over `attached`.
   void get_crossbridge_positions(unsigned index, double& myosin, double& actin) const;
-  /// Signed distance from the head's node to the site, in the rest configuration.
-  double get_strain(unsigned index) const;
-  /// The same in the current configuration.
+  /// Signed distance from the head's node to the site, in the current configuration.
   double get_strain_euler(unsigned index) const;
 
   /// What enters the elastic law of a bond: the present distance plus the lever displacement.
@@ -105,6 +94,19 @@ class Filament {
   /// Makes the fibres straight between degrees of freedom and renews `position`.
   void InterpolateDisplacements();
 
+  // Diagnostics that no step of a run calls.
+
+  Model const* get_model_slow() const { return models.slow; }
+  Model const* get_model_fast() const { return models.fast; }
+  Model const* get_proteinC_model() const { return models.protein_c; }
+  /// Heads in `attached` in that state, pending ones included.
+  unsigned n_in_state(unsigned state) const;
+  /// Coordinate of a head's node; the index runs over `heads`.
+  double get_myosin_position(unsigned head) const;
+  /// `get_strain_euler` in the rest configuration; the index runs over `attached`.
+  double get_strain(unsigned index) const;
+  /// Clears `u`; `position` stays.
+  void resetDisplacement();
   void write_displacement(std::ostream& stream) const;
   /// Writes the number, then strain, stiffness and force of every head of `attached`.
   void WriteCBCharacteristics(std::ofstream& stream, int number) const;
