@@ -6,7 +6,7 @@
 ///
 ///     REGISTER_COMPONENT(ModelHuxley, Model, ModelParameter_s, "Huxley");
 ///
-/// and needs no other edit anywhere.
+/// or the short form of its family (here `REGISTER_MODEL`), and needs no other edit anywhere.
 
 #include <cstdio>
 #include <map>
