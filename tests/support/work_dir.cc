@@ -67,3 +67,13 @@ void write_parameters(std::string const& name, std::string const& section,
   for (std::string const& setting : settings) text += "  set " + setting + "\n";
   write_file(name, text + "end\n");
 }
+
+void write_settings(std::string const& name, std::vector<std::string> const& settings) {
+  std::string text;
+  for (std::string const& setting : settings) {
+    auto const colon = setting.find(':');
+    text += "subsection " + setting.substr(0, colon) + "\n  set" + setting.substr(colon + 1) +
+            "\nend\n";
+  }
+  write_file(name, text);
+}

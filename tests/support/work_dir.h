@@ -28,3 +28,6 @@ std::string listing_text();
 /// Writes a parameter file of one section from "key = value" lines.
 void write_parameters(std::string const& name, std::string const& section,
                       std::vector<std::string> const& settings);
+
+/// Writes a parameter file from "section: key = value" lines.
+void write_settings(std::string const& name, std::vector<std::string> const& settings);

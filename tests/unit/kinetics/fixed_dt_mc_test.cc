@@ -5,10 +5,9 @@
 #include "kinetics/fixed_dt_mc.h"
 
 #include <cmath>
-#include <sstream>
 
-#include "base/logger.h"
 #include "base/run_state.h"
+#include "kinetics/outcome_scale.h"
 #include "support/rate_model.h"
 #include "support/scripted_rand.h"
 #include "support/work_dir.h"
@@ -96,48 +95,40 @@ TEST(FixedTimeStepMC, OutcomesFollowTheTargetsThenTheCandidatesInTheirOrder) {
   }
 }
 
-TEST(FixedTimeStepMC, TieGoesToTheLowerOutcomeAndZeroStays) {
-  double const p = 1000000.0 / largest_draw;  // a variate, and 2 p is one too
-  RateModel const model(4, {}, {{{1, 0}, p}, {{1, 3}, p}});
-  FixedTimeStepMC const stepper(model, model, 1.0, nullptr);
-  Bench bench;
-  bench.head().state = 1;
-  EXPECT_EQ(bench.after(stepper, 0.0).state, 1u);
-  EXPECT_EQ(bench.after(stepper, one_step).state, 0u);
-  EXPECT_EQ(bench.after(stepper, p).state, 0u);
-  EXPECT_EQ(bench.after(stepper, p + one_step).state, 3u);
-  EXPECT_EQ(bench.after(stepper, 2.0 * p).state, 3u);
-  EXPECT_EQ(bench.after(stepper, 2.0 * p + one_step).state, 1u);
+/// What a scale of outcomes a and b gives at the variates 0, just above 0, and on and just above
+/// 1/4 and 1/2, and at 1; '-' is staying.
+std::string picks(double p_a, double p_b) {
+  OutcomeScale<char, 2> scale;
+  scale.add(p_a, 'a');
+  scale.add(p_b, 'b');
+  scale.close();
+  std::string picked;
+  for (double const u : {0.0, 1e-9, 0.25, 0.25 + 1e-9, 0.5, 0.5 + 1e-9, 1.0}) {
+    char const* const outcome = scale.pick(u);
+    picked += outcome ? *outcome : '-';
+  }
+  return picked;
 }
 
-TEST(FixedTimeStepMC, FullOrOverfullScaleLeavesNoStaying) {
-  RateModel const full(3, {2}, {{{0, 1}, 0.25}, {{0, 2}, 0.75}, {{2, 0}, 0.25}, {{2, 1}, 0.75}});
-  RateModel const over(3, {2}, {{{0, 1}, 1.0}, {{0, 2}, 3.0}, {{2, 0}, 1.0}, {{2, 1}, 3.0}});
-  Bench detached;
+TEST(OutcomeScale, TieGoesToTheLowerOutcomeZeroStaysAndAFullScaleLeavesNoStaying) {
+  EXPECT_EQ(picks(0.25, 0.25), "-aabb--");
+  EXPECT_EQ(picks(0.25, 0.75), "-aabbbb");
+  EXPECT_EQ(picks(1.0, 3.0), "-aabbbb");
+}
+
+TEST(FixedTimeStepMC, OverfullScaleOfADetachedHeadIsReported) {
+  RateModel const model(2, {1}, {{{0, 1}, 4.0}, {{1, 0}, 4.0}});
+  FixedTimeStepMC stepper(model, model, 1.0, nullptr);
+  Bench detached, bound;
   detached.candidates = {{1.0, 1, 1}};
-  Bench bound;
-  bound.bind(1, 1, 2);
-  for (bool const overfull : {false, true}) {
-    RateModel const& model = overfull ? over : full;
-    FixedTimeStepMC const stepper(model, model, 1.0, nullptr);
-    struct {
-      Bench const& bench;
-      unsigned lower, upper;
-    } const cases[] = {{detached, 1, 2}, {bound, 0, 1}};
-    for (auto const& c : cases) {
-      testing::internal::CaptureStdout();
-      EXPECT_EQ(c.bench.after(stepper, one_step).state, c.lower);
-      EXPECT_EQ(c.bench.after(stepper, 0.25 - 1e-8).state, c.lower);
-      EXPECT_EQ(c.bench.after(stepper, 0.25 + 1e-8).state, c.upper);
-      EXPECT_EQ(c.bench.after(stepper, 1.0).state, c.upper);
-      std::string message;
-      if (overfull && &c.bench == &detached) {
-        for (int i = 0; i < 4; ++i) message += "Internal Error!!!! Attach, Sum 4.000000e+00\n";
-      }
-      EXPECT_EQ(testing::internal::GetCapturedStdout(), message);
-    }
-    EXPECT_EQ(bound.after(stepper, 0.0).state, 2u);
-  }
+  bound.bind(1, 1, 1);
+  testing::internal::CaptureStdout();
+  EXPECT_EQ(detached.after(stepper, 1.0).state, 1u);
+  EXPECT_EQ(bound.after(stepper, 1.0).state, 0u);
+  stepper.set_dt(0.25);
+  EXPECT_EQ(detached.after(stepper, 1.0).state, 1u);  // full
+  EXPECT_EQ(testing::internal::GetCapturedStdout(),
+            "Internal Error!!!! Attach, Sum 4.000000e+00\n");
 }
 
 TEST(FixedTimeStepMC, WeightAndStepScaleTheProbabilityOfBinding) {
@@ -160,65 +151,63 @@ TEST(FixedTimeStepMC, WeightAndStepScaleTheProbabilityOfBinding) {
 }
 
 TEST(FixedTimeStepMC, BondIsMadeAndBrokenAtBothEnds) {
-  RateModel const model(3, {1, 2}, {{{0, 1}, 1.0}, {{1, 2}, 1.0}, {{2, 0}, 1.0}});
+  RateModel const model(3, {1, 2}, {{{0, 1}, 0.5}, {{1, 2}, 1.0}, {{2, 0}, 1.0}});
   FixedTimeStepMC const stepper(model, model, 1.0, nullptr);
   Bench bench;
   FilamentData& data = bench.data;
-  auto const expect_bond = [&](unsigned n, unsigned attached, unsigned detached) {
-    EXPECT_EQ(data.bound_count[0][1], n);
-    EXPECT_EQ(data.bound_count[2][0], n);
+  // Made of the first candidate; those of a bound head are not looked at. A release waits.
+  bench.candidates = {{1.0, 0, 2}, {1.0, 2, 1}};
+  struct {
+    unsigned state, detach_pending, bonds;
+    int attachments, detachments;
+  } const expected[] = {{1, 0, 1, 1, 0}, {2, 0, 1, 1, 0}, {0, 1, 1, 1, 1}, {0, 1, 0, 1, 1}};
+  for (auto const& e : expected) {
+    e.bonds == 1 ? bench.step(stepper, 0.25) : stepper.detach(data, bench.head());
+    EXPECT_EQ(bench.head().state, e.state);
+    EXPECT_EQ(bench.head().detach_pending, e.detach_pending);
+    EXPECT_EQ(data.bound_count[0][1], e.bonds);
+    EXPECT_EQ(data.bound_count[2][0], e.bonds);
     EXPECT_EQ(data.bound_count[0].sum() + data.bound_count[1].sum() + data.bound_count[2].sum(),
-              2 * n);
-    EXPECT_EQ(data.sites[2][0].head, n == 1 ? &bench.head() : nullptr);
-    EXPECT_EQ(bench.head().actin_fibre, n == 1 ? 2u : 99999999u);
-    EXPECT_EQ(bench.head().actin_site, n == 1 ? 0u : 99999999u);
-    EXPECT_EQ(numberOfAtachments, static_cast<int>(attached));
-    EXPECT_EQ(numberOfDetachments, static_cast<int>(detached));
-  };
-  bench.candidates = {{1.0, 0, 2}};
-  bench.step(stepper, 0.5);
-  EXPECT_EQ(bench.head().state, 1u);
-  expect_bond(1, 1, 0);
-  bench.candidates = {{1.0, 2, 1}};  // not looked at from now on
-  bench.step(stepper, 0.5);
-  EXPECT_EQ(bench.head().state, 2u);
-  EXPECT_EQ(bench.head().detach_pending, 0u);
-  expect_bond(1, 1, 0);
-  bench.step(stepper, 0.5);
-  EXPECT_EQ(bench.head().state, 0u);
-  EXPECT_EQ(bench.head().detach_pending, 1u);
-  expect_bond(1, 1, 1);
-  stepper.detach(data, bench.head());
-  expect_bond(0, 1, 1);
+              2 * e.bonds);
+    EXPECT_EQ(data.sites[2][0].head, e.bonds == 1 ? &bench.head() : nullptr);
+    EXPECT_EQ(bench.head().actin_fibre, e.bonds == 1 ? 2u : 99999999u);
+    EXPECT_EQ(bench.head().actin_site, e.bonds == 1 ? 0u : 99999999u);
+    EXPECT_EQ(numberOfAtachments, e.attachments);
+    EXPECT_EQ(numberOfDetachments, e.detachments);
+  }
 }
 
 TEST(FixedTimeStepMC, SiteActsOnSlowAndFastHeadsOfTheActiveStepperOnly) {
   auto const law = [](double k) {
-    return [k](double x, unsigned from, unsigned, ActinSite_s const& site) {
-      if (site.state == 1 || x != 2.0) return 0.0;
+    return [k](double x, unsigned from, unsigned to, ActinSite_s const& site) {
+      if (site.state == 1 || x != 2.0 || from + to != 1) return 0.0;
       return k * (from == 0 ? site.k_on_factor : site.k_off_factor);
     };
   };
-  RateModel const slow(2, {1}, law(0.2)), fast(2, {1}, law(0.4)), protein_c(2, {1}, law(0.6));
-  FixedTimeStepMC const plain(slow, fast, 1.0, &protein_c);
-  FixedTimeStepMCActiv const active(slow, fast, 1.0, &protein_c);
-  for (unsigned const kind : {0, 1, 2, 7}) {
-    double const k = kind == 0 ? 0.2 : kind == 1 ? 0.4 : 0.6;
-    Bench detached;
-    detached.head().model_index = kind;
-    ActinSite_s& site = detached.data.sites[1][1];
-    site.k_on_factor = 0.5;
-    site.k_off_factor = 0.25;
-    Bench bound = detached;
-    bound.bind(1, 1, 1);
-    detached.candidates = {{1.0, 1, 1}};
-    EXPECT_NEAR(detached.probability_to_move(plain), k, one_step);
-    EXPECT_NEAR(bound.probability_to_move(plain), k, one_step);
-    EXPECT_NEAR(detached.probability_to_move(active), kind < 2 ? 0.5 * k : k, one_step);
-    EXPECT_NEAR(bound.probability_to_move(active), kind < 2 ? 0.25 * k : k, one_step);
-    bound.data.sites[1][1].state = 1;
-    EXPECT_NEAR(bound.probability_to_move(plain), k, one_step);
-    EXPECT_NEAR(bound.probability_to_move(active), kind < 2 ? 0.0 : k, one_step);
+  // The links' model may have fewer or more states than that of the heads.
+  for (unsigned const n_states : {2, 4}) {
+    RateModel const slow(6 - n_states, {1}, law(0.2)), fast(6 - n_states, {1}, law(0.4));
+    RateModel const protein_c(n_states, {1}, law(0.6));
+    FixedTimeStepMC const plain(slow, fast, 1.0, &protein_c);
+    FixedTimeStepMCActiv const active(slow, fast, 1.0, &protein_c);
+    for (unsigned const kind : {0, 1, 2, 7}) {
+      double const k = kind == 0 ? 0.2 : kind == 1 ? 0.4 : 0.6;
+      Bench detached;
+      detached.head().model_index = kind;
+      ActinSite_s& site = detached.data.sites[1][1];
+      site.k_on_factor = 0.5;
+      site.k_off_factor = 0.25;
+      Bench bound = detached;
+      bound.bind(1, 1, 1);
+      detached.candidates = {{1.0, 1, 1}};
+      EXPECT_NEAR(detached.probability_to_move(plain), k, one_step);
+      EXPECT_NEAR(bound.probability_to_move(plain), k, one_step);
+      EXPECT_NEAR(detached.probability_to_move(active), kind < 2 ? 0.5 * k : k, one_step);
+      EXPECT_NEAR(bound.probability_to_move(active), kind < 2 ? 0.25 * k : k, one_step);
+      bound.data.sites[1][1].state = 1;
+      EXPECT_NEAR(bound.probability_to_move(plain), k, one_step);
+      EXPECT_NEAR(bound.probability_to_move(active), kind < 2 ? 0.0 : k, one_step);
+    }
   }
 }
 
@@ -240,98 +229,6 @@ TEST(FixedTimeStepMC, DetachedStatesChangeAtStrainZeroWithoutTheSites) {
   }
 }
 
-TEST(FixedTimeStepMC, ProteinCModelMayHaveFewerOrMoreStates) {
-  auto const all_rates = [](double, unsigned, unsigned, ActinSite_s const&) { return 0.2; };
-  RateModel const two(2, {1}, all_rates), four(4, {1, 2}, all_rates);
-  for (bool const protein_c_is_larger : {false, true}) {
-    RateModel const& heads = protein_c_is_larger ? two : four;
-    FixedTimeStepMC const stepper(heads, heads, 1.0, protein_c_is_larger ? &four : &two);
-    Bench bench;
-    bench.head().model_index = 2;
-    bench.candidates = {{1.0, 1, 1}};
-    EXPECT_NEAR(bench.probability_to_move(stepper), 0.2, one_step);
-    bench.bind(1, 1, 1);
-    EXPECT_NEAR(bench.probability_to_move(stepper), 0.2, one_step);
-  }
-}
-
-TEST(FixedTimeStepMC, LogsTwoStepsOfBoundHeads) {
-  FILE** const logs[] = {&Logger::atp_ase_rates_6states, &Logger::atp_ase_rates_8states};
-  auto const close_logs = [&] {
-    for (FILE** const log : logs) {
-      if (*log) std::fclose(*log);
-      *log = nullptr;
-    }
-  };
-  close_logs();
-  auto const up_and_down = [](double, unsigned from, unsigned to, ActinSite_s const&) {
-    return to == from + 1 ? 0.5 : to + 1 == from ? 0.5 : 0.0;
-  };
-  RateModel const with_bound(6, {1, 2, 3}, up_and_down), all_detached(6, {}, up_and_down);
-  for (RateModel const* const model : {&with_bound, &all_detached}) {
-    FixedTimeStepMC const stepper(*model, *model, 1.0, nullptr);
-    for (unsigned from = 0; from < 6; ++from) {
-      timeForAll = from;
-      Bench bench;
-      bench.candidates = {{1.0, 1, 1}};
-      bench.bind(1, 1, from);
-      for (double const u : {0.25, 0.75}) bench.after(stepper, u);
-    }
-  }
-  close_logs();
-  EXPECT_EQ(read_file("atp_ase_rates_6states.csv"), "2.000000,1\n");
-  EXPECT_EQ(read_file("atp_ase_rates_8states.csv"), "3.000000,1\n");
-}
-
-TEST(FixedTimeStepMC, TransitionCountsArePrintedAndCleared) {
-  RateModel const slow(3, {}, {{{0, 1}, 0.5}, {{0, 2}, 0.5}, {{2, 0}, 0.5}});
-  RateModel fast(3, {}, {{{0, 1}, 0.5}});
-  fast.transitions[0][2] = false;
-  FixedTimeStepMC stepper(slow, fast, 1.0, nullptr);
-  auto const print = [&](auto method) {
-    std::ostringstream text;
-    (stepper.*method)(text);
-    return text.str();
-  };
-  auto const make_moves = [&] {
-    Bench bench;
-    for (double const u : {0.75, 0.25, 0.75, 0.0}) bench.step(stepper, u);  // 0 2 0 2 2
-  };
-  make_moves();
-  EXPECT_EQ(print(&FixedTimeStepMC::print_transitions_slow), "0 2 0 0 1 0 \n");
-  EXPECT_EQ(print(&FixedTimeStepMC::print_transitions_slow), "0 0 0 0 0 0 \n");
-  make_moves();
-  EXPECT_EQ(print(&FixedTimeStepMC::print_transitions_fast), "0 0 0 1 0 \n");
-  EXPECT_EQ(print(&FixedTimeStepMC::print_transitions_slow), "0 0 0 0 0 0 \n");
-}
-
-/// Whether a count agrees with a probability within four standard deviations.
-void expect_frequency(unsigned count, double p, unsigned n) {
-  EXPECT_NEAR(count, n * p, 4.0 * std::sqrt(n * p * (1.0 - p))) << "p " << p << ", n " << n;
-}
-
-TEST(FixedTimeStepMC, FrequenciesAreRatesTimesTheStep) {
-  RateModel const model(3, {1}, [](double x, unsigned, unsigned to, ActinSite_s const&) {
-    return to == 2 ? 20.0 : 30.0 * std::exp(-0.1 * x * x);
-  });
-  double const dt = 0.01;
-  FixedTimeStepMC const stepper(model, model, dt, nullptr);
-  Bench bench;
-  bench.candidates = {{1.0, 1, 2}, {0.5, 1, 1}};  // strains 0 and 2
-  unsigned const n = 200000;
-  unsigned first = 0, second = 0, changed = 0;
-  for (unsigned i = 0; i < n; ++i) {
-    bench.head() = {1, 0, 0, unbound, unbound, 0, 1, 0};
-    stepper.state_change(bench.data, bench.head(), bench.candidates);
-    first += bench.head().actin_fibre == 2;
-    second += bench.head().actin_fibre == 1;
-    changed += bench.head().state == 2;
-  }
-  expect_frequency(first, 30.0 * dt, n);
-  expect_frequency(second, 0.5 * 30.0 * std::exp(-0.4) * dt, n);
-  expect_frequency(changed, 20.0 * dt, n);
-}
-
 /// Detached states 0, 4, 5 in a cycle with rates 1, 2, 4: occupancies as 1 : 1/2 : 1/4. Bound
 /// states would turn that over.
 RateModel::Rates const cycle = {
@@ -344,19 +241,6 @@ std::vector<unsigned> first_states(FixedTimeStepMC const& stepper, FilamentData&
   std::vector<unsigned> states;
   for (MyosinHead_s const& head : data.heads) states.push_back(head.state);
   return states;
-}
-
-TEST(FixedTimeStepMC, StartDistributionIsTheSteadyStateOfTheDetachedStates) {
-  RateModel const slow(6, {1, 2, 3}, cycle), fast(6, {1, 2, 3});
-  FixedTimeStepMC const stepper(slow, fast, 1.0, nullptr);
-  FilamentData data;
-  unsigned const n = 100000;
-  data.heads.assign(n, {1, 0, 0, unbound, unbound, 0, 0, 0});
-  unsigned counts[6] = {};
-  for (unsigned const state : first_states(stepper, data)) ++counts[state];
-  expect_frequency(counts[0], 4.0 / 7.0, n);
-  expect_frequency(counts[4], 2.0 / 7.0, n);
-  expect_frequency(counts[5], 1.0 / 7.0, n);
 }
 
 TEST(FixedTimeStepMC, StartTakesTheFirstRunningSumAboveTheVariate) {

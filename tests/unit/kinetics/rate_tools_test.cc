@@ -1,5 +1,5 @@
-// Would catch: a threshold strain with a wrong sign, an overlap that counts too few or too many
-// sites or begins too early, a rescaling that makes NaN or never ends.
+// Would catch: an overlap that counts too few or too many sites or begins too early, a rescaling
+// that makes NaN or never ends.
 
 #include "kinetics/rate_tools.h"
 
@@ -7,7 +7,7 @@
 
 #include <cmath>
 
-#include "elastic/XB_Models.h"
+#include "support/expect_refusal.h"
 
 namespace {
 
@@ -18,22 +18,6 @@ double above(double x, double width) { return 0.5 * std::erfc(x / width / std::s
 
 double factor_of_gaussian(double width, double kd) {
   return binding_overlap_factor([width](double x) { return gaussian(x, width); }, kd, "model");
-}
-
-TEST(ThresholdStrain, IsWhereTheBalancedReverseStrokeMeetsItsCap) {
-  XB_ConstantStiffness spring("");
-  spring.k = 1.25;
-  struct {
-    double D, k_12, cap, dGStroke;
-  } const cases[] = {
-      {11.0, 1000.0, 1500.0, -62.1}, {8.0, 900.0, 30.0, -41.0}, {-6.0, 200.0, 300.0, -20.0}};
-  double const kBT = 4.14;
-  for (auto const& c : cases) {
-    double const x = threshold_strain(spring, c.D, kBT, c.k_12, c.cap, c.dGStroke);
-    // The work of the stroke, k D (x + D / 2), is linear in x: no error from the table.
-    double const gain = -(c.dGStroke + 1.25 * c.D * (x + 0.5 * c.D));
-    EXPECT_NEAR(c.k_12 / std::exp(gain / kBT) / c.cap, 1.0, 1e-10);
-  }
 }
 
 TEST(BindingOverlap, IsOneForASingleSiteInReach) {
@@ -77,8 +61,8 @@ TEST(BindingOverlap, WarnsWhereNothingBindsAtZero) {
 }
 
 TEST(BindingOverlap, RefusesARateThatNeverFallsOff) {
-  EXPECT_EXIT(binding_overlap_factor([](double) { return 20.0; }, 0.1, "model.prm"),
-              testing::ExitedWithCode(1), "model.prm.*never falls off");
+  expect_refusal([] { binding_overlap_factor([](double) { return 20.0; }, 0.1, "model.prm"); },
+                 "model.prm.*never falls off");
 }
 
 }  // namespace

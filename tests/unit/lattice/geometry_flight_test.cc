@@ -8,7 +8,8 @@
 #include <cmath>
 #include <set>
 
-#include "support/lattice_settings.h"
+#include "support/lattice_records.h"
+#include "support/work_dir.h"
 #include "support/stdout_to_stderr.h"
 
 namespace {

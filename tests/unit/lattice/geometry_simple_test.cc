@@ -5,7 +5,8 @@
 
 #include <gtest/gtest.h>
 
-#include "support/lattice_settings.h"
+#include "support/lattice_records.h"
+#include "support/work_dir.h"
 
 namespace {
 

@@ -10,7 +10,8 @@
 #include <cmath>
 
 #include "lattice/geometry_tools.h"
-#include "support/lattice_settings.h"
+#include "support/lattice_records.h"
+#include "support/work_dir.h"
 
 namespace {
 

@@ -9,7 +9,8 @@
 #include <cmath>
 #include <set>
 
-#include "support/lattice_settings.h"
+#include "support/lattice_records.h"
+#include "support/work_dir.h"
 #include "support/scripted_rand.h"
 #include "support/stdout_to_stderr.h"
 

@@ -1,0 +1,54 @@
+#pragma once
+/// Registered kinetic models with default parameters but for some "section: key = value" settings.
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "elastic/XB_Models.h"
+#include "kinetics/active_model.h"
+#include "support/work_dir.h"
+
+/// A linear spring whose integral table is a stub, since the true one takes its time: only the
+/// nine-state scheme C6 looks into it.
+struct Spring : XB_ConstantStiffness {
+  explicit Spring(double stiffness) : XB_ConstantStiffness("") { k = stiffness; }
+  void FillIntegralFunction() const override { integralFunction.SetFunction({{0, 0}, {1, 0.5}}); }
+};
+
+/// The models of protein-C always read the same file, all others the one that they are told.
+inline std::string parameter_file_of(std::string const& model) {
+  return model == "HuxleyMyBPC" ? "model_huxleyMyBPC.prm"
+         : model == "DukeMyBPC" ? "model_dukeMyBPC.prm"
+                                : model + ".prm";
+}
+
+inline std::unique_ptr<ActiveModel> read_model(std::string const& name, XB_Model& law,
+                                               std::vector<std::string> const& settings) {
+  write_settings(parameter_file_of(name), settings);
+  if (!std::filesystem::exists("ca_protocol.dat")) write_file("ca_protocol.dat", "0 1 0 0 0\n");
+  auto* const model =
+      Factory<Model, ModelParameter_s>::instance().create_type(name, {&law, name + ".prm"});
+  return std::unique_ptr<ActiveModel>(dynamic_cast<ActiveModel*>(model));
+}
+
+/// The same, while what the model prints goes nowhere.
+inline std::unique_ptr<ActiveModel> make_model(std::string const& name, XB_Model& law,
+                                               std::vector<std::string> const& settings = {}) {
+  testing::internal::CaptureStdout();
+  auto model = read_model(name, law, settings);
+  testing::internal::GetCapturedStdout();
+  return model;
+}
+
+/// Settings of a nine-state scheme whose states have a range and whose steps have barriers.
+inline std::vector<std::string> nine_states(std::string const& scheme) {
+  std::vector<std::string> settings = {"tolen: model = " + scheme, "powerstroke: h = 3.5",
+                                       "powerstroke: ha = 0.75", "powerstroke: hb = 0.5"};
+  for (char const state : {'4', '5', '6', '7', '8', '9'}) {
+    for (char const* key : {"cc = 0.5", "ccm = 0.2", "dm = 6", "dp = 5", "gm = 90", "gp = 70"}) {
+      settings.push_back(std::string("state") + state + ": " + key);
+    }
+  }
+  return settings;
+}

@@ -1,0 +1,222 @@
+// Would catch: in the cycles that go back to Duke's a reverse rate out of balance, work gained from
+// nothing, a stiffness taken at the stretched length, a step with a wrong work, a cap at a wrong
+// strain, binding that saturates or widens wrongly, a rescaling where there is nothing to rescale,
+// tables over the strain that end early or name other columns.
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <sstream>
+#include <utility>
+
+#include "base/logger.h"
+#include "support/kinetic_model.h"
+
+namespace {
+
+/// Stiffer the further it is stretched, and so stiff that a head reaches one site only.
+struct StiffeningLaw : XB_Model {
+  double GetStiffness(double x) const override { return 25.0 + 0.024 * x * x; }
+  double GetForce(double x) const override { return 25.0 * x + 0.008 * x * x * x; }
+  double GetEnergy(double x) const override { return 12.5 * x * x + 0.002 * x * x * x * x; }
+  bool IsNonLinear() const override { return true; }
+};
+
+StiffeningLaw law;
+constexpr double kBT = 4.14;
+constexpr double D = 10.5, delta = 1.0;  // of all cycles but Rombel's [nm]
+
+/// Energy of the law in kBT, stretched to y: its own, or as if it were linear around the strain x.
+double exact(double, double y) { return law.GetEnergy(y) / kBT; }
+double linear(double x, double y) { return 0.5 * law.GetStiffness(x) * y * y / kBT; }
+
+/// Pairs that balance, forward first. States from n on are ends of cycles: n stands for state 0.
+struct Balance {
+  char const* model;
+  std::vector<std::pair<unsigned, unsigned>> pairs;
+  double (*G)(unsigned state, double x);  ///< free energy in kBT
+};
+
+Balance const balances[] = {
+    {"Duke",
+     {{0, 1}, {1, 2}},
+     [](unsigned s, double x) {
+       return s == 0 ? 0.0 : s == 1 ? -3.63 + exact(x, x) : -3.63 - 15.0 + exact(x, x + D);
+     }},
+    {"DukeMyBPC", {{0, 1}}, [](unsigned s, double x) { return s * (-3.63 + exact(x, x)); }},
+    {"Rombel",
+     {{0, 1}, {1, 2}, {2, 3}},
+     [](unsigned s, double x) {
+       return s == 0   ? 0.0
+              : s == 1 ? -4.3 + exact(x, x)
+              : s == 2 ? -4.3 - 6.423 + exact(x, x + 7.0)
+                       : -24.155;
+     }},
+    {"Vorn",
+     {{0, 1}, {1, 2}, {2, 3}},
+     [](unsigned s, double x) {
+       return s == 0   ? 0.0
+              : s == 1 ? -3.63 + linear(x, x)
+              : s == 2 ? -3.63 - 15.0 + linear(x, x + D)
+                       : -3.63 - 15.0 - 24.0 + linear(x, x + D + delta);
+     }},
+    {"BrekAtpaseFiber", {{0, 1}, {1, 2}, {2, 3}}, [](unsigned s, double x) {
+       return s == 0   ? 0.0
+              : s == 1 ? -3.63 + linear(x, x)
+              : s == 2 ? -3.63 - 13.96 + linear(x, x + D)
+                       : -3.63 - 13.96 - 24.0 + linear(x, x + D + delta);
+     }}};
+
+TEST(Cycles, ForwardOverReverseIsTheExponentialOfTheFreeEnergyDifference) {
+  for (Balance const& balance : balances) {
+    auto const model = make_model(balance.model, law);
+    unsigned const n = model->n_states();
+    for (auto const& [from, to] : balance.pairs) {
+      for (double const x : {-4.0, -2.1, -0.4, 0.1, 0.3, 1.7, 3.0}) {
+        double const ratio = model->get_k(x, from % n, to % n) / model->get_k(x, to % n, from % n);
+        double const difference = balance.G(from, x) - balance.G(to, x);
+        // Exponents of up to a few hundred enlarge their rounding.
+        EXPECT_NEAR(ratio / std::exp(difference), 1.0, 1e-12)
+            << balance.model << ' ' << from << " to " << to << " at " << x;
+      }
+    }
+  }
+}
+
+/// Cycles whose stroke falls beyond a threshold, with defaults that differ.
+struct DukeLike {
+  char const *model, *section;
+  double GStroke, k_12, k_21_cap;
+  double (*spring)(double x, double y);
+  double (*work)(double x, double d);  ///< of the stroke beyond that at the threshold x - d
+  unsigned after_release;              ///< of ADP, from state 2 on
+  bool reverse_binding_is_as_read;
+};
+
+double own_work(double, double d) { return exact(0, D + d) - exact(0, d) - exact(0, D); }
+double linear_work(double x, double d) { return law.GetStiffness(x) * D * d / kBT; }
+
+DukeLike const duke_like[] = {
+    {"Duke", "duke", 15.0, 1000.0, 100.0, exact, own_work, 0, false},
+    {"Vorn", "vorn", 15.0, 1000.0, 100.0, linear, linear_work, 3, true},
+    {"BrekAtpaseFiber", "brek_atpase_fiber", 13.96, 1e4, 1000.0, linear, linear_work, 3, true}};
+
+TEST(Cycles, StrokeAndReleaseOfAdpFallByTheirWork) {
+  for (DukeLike const& c : duke_like) {
+    auto const model = make_model(c.model, law);
+    double x_cap = -20.0, beyond = 20.0;
+    while (beyond - x_cap > 1e-12) {
+      double const x = 0.5 * (x_cap + beyond);
+      (model->get_k(x, 1, 2) == c.k_12 ? x_cap : beyond) = x;
+    }
+    for (double const d : {0.01, 0.5, 2.0}) {
+      double const stroke = c.k_12 * std::exp(-c.work(x_cap + d, d));
+      EXPECT_NEAR(model->get_k(x_cap + d, 1, 2) / stroke, 1.0, 1e-9) << c.model << ' ' << d;
+    }
+    for (double const x : {-12.0, -11.3, -9.0, 3.0}) {
+      double const work = c.spring(x, x + D + delta) - c.spring(x, x + D);
+      double const release = 51.0 * std::exp(-work);
+      EXPECT_NEAR(model->get_k(x, 2, c.after_release) / release, 1.0, 1e-11) << c.model << ' ' << x;
+    }
+  }
+}
+
+TEST(Cycles, ReverseStrokeMeetsItsCapWhereTheStrokeBeginsToFall) {
+  Spring spring(1.25);
+  for (DukeLike const& c : duke_like) {
+    auto const model = make_model(c.model, spring);
+    // The work of a stroke, k D (x + D / 2), leaves GStroke - ln(k_12 / cap) thermal units.
+    double const x_cap = kBT * (c.GStroke - std::log(c.k_12 / c.k_21_cap)) / (1.25 * D) - D / 2;
+    EXPECT_EQ(model->get_k(x_cap - 1e-6, 1, 2), c.k_12) << c.model;
+    EXPECT_EQ(model->get_k(-20.0, 1, 2), c.k_12) << c.model;
+    EXPECT_LT(model->get_k(x_cap + 1e-6, 1, 2), c.k_12) << c.model;
+    EXPECT_NEAR(model->get_k(x_cap - 1.0, 2, 1) / c.k_21_cap, std::exp(-1.25 * D / kBT), 1e-9);
+    for (double const beyond : {0.0, 0.5, 4.0, 15.0}) {
+      EXPECT_NEAR(model->get_k(x_cap + beyond, 2, 1) / c.k_21_cap, 1.0, 1e-9) << c.model;
+    }
+  }
+}
+
+TEST(Cycles, BindingSaturatesWithEtaAndWidensWherePulled) {
+  for (DukeLike const& c : duke_like) {
+    std::string const section = c.section + std::string(": ");
+    for (double const eta : {0.0, 3.0}) {
+      for (double const multiplier : {1.0, 4.0}) {
+        std::vector<std::string> settings = {section + "eta = " + std::to_string(eta),
+                                             section + "GBind = -20"};
+        if (c.model == std::string("Duke") && multiplier != 1.0) continue;
+        if (multiplier != 1.0) settings.push_back(section + "detachment_multiplier = 4");
+        auto const model = make_model(c.model, law, settings);
+        for (double const x : {-0.7, -0.2, 0.0, 0.4, 1.1}) {
+          double const e = std::exp(-exact(x, x) / (x > 0.0 ? multiplier : 1.0));
+          EXPECT_NEAR(model->get_k(x, 0, 1), 170.0 * (1.0 + eta) * e / (1.0 + eta * e), 1e-10)
+              << c.model << ", eta " << eta << ", multiplier " << multiplier << " at " << x;
+        }
+      }
+    }
+  }
+}
+
+TEST(Cycles, BindingIsRescaledOnlyWhereAHeadReachesSeveralSites) {
+  Spring soft_spring(0.3);
+  for (DukeLike const& c : duke_like) {
+    EXPECT_EQ(make_model(c.model, law)->get_k(0.0, 0, 1), 170.0) << c.model;
+    auto const soft = make_model(c.model, soft_spring);
+    double const factor = soft->get_k(0.0, 0, 1) / 170.0;
+    EXPECT_LT(factor, 0.7) << c.model;
+    double const reverse = soft->get_k(0.0, 1, 0) * std::exp(3.63) / 170.0;
+    EXPECT_NEAR(reverse, c.reverse_binding_is_as_read ? 1.0 : factor, 1e-12) << c.model;
+  }
+}
+
+std::vector<double> numbers_of(std::string line) {
+  std::replace(line.begin(), line.end(), ',', ' ');
+  std::istringstream words(line);
+  std::vector<double> numbers;
+  for (double number; words >> number;) numbers.push_back(number);
+  return numbers;
+}
+
+/// A line for each 0.01 nm from -10 to 10 nm, behind `first` lines; `expected` gives its columns.
+void expect_table(std::string const& file, std::size_t first, std::size_t n_columns,
+                  std::function<double(double x, std::size_t column)> const& expected) {
+  std::vector<std::string> const lines = read_lines(file);
+  ASSERT_EQ(lines.size(), first + 2001) << file;
+  EXPECT_EQ(numbers_of(lines[first]).at(0), -10.0) << file;
+  EXPECT_EQ(numbers_of(lines.back()).at(0), 10.0) << file;
+  for (int const row : {500, 1005}) {
+    std::vector<double> const numbers = numbers_of(lines[first + static_cast<unsigned>(row)]);
+    ASSERT_EQ(numbers.size(), 1 + n_columns) << file;
+    EXPECT_NEAR(numbers[0], -10.0 + 0.01 * row, 1e-7) << file;
+    for (std::size_t i = 0; i < n_columns; ++i) {
+      double const value = expected(-10.0 + 0.01 * row, i);
+      EXPECT_NEAR(numbers[i + 1], value, 1e-6 * (1.0 + std::abs(value))) << file << ' ' << i;
+    }
+  }
+}
+
+TEST(Cycles, TabulateEnergiesAndRatesOverTheStrain) {
+  if (Logger::model_vorn_rates) std::fclose(std::exchange(Logger::model_vorn_rates, nullptr));
+  auto const vorn = make_model("Vorn", law);
+  std::pair<unsigned, unsigned> const pairs[] = {{0, 1}, {1, 0}, {1, 2}, {2, 1}};
+  expect_table("model_vorn_rates.csv", 0, 4, [&](double x, std::size_t i) {
+    return vorn->get_k(x, pairs[i].first, pairs[i].second);
+  });
+  auto const fiber = make_model("BrekAtpaseFiber", law, {"brek_atpase_fiber: k_61 = 7"});
+  std::string heading = read_lines("rates.csv").at(0);
+  EXPECT_EQ(heading.substr(0, 25), "x[nm]/rates,0 -> 1,0 -> 7");
+  heading = heading.substr(heading.find(',') + 1);
+  std::replace(heading.begin(), heading.end(), '>', ' ');
+  std::replace(heading.begin(), heading.end(), '-', ' ');
+  std::vector<double> const named = numbers_of(heading);  // from, to, from, to ..
+  expect_table("rates.csv", 1, 18, [&](double x, std::size_t i) {
+    return fiber->get_k(x, static_cast<unsigned>(named.at(2 * i)),
+                        static_cast<unsigned>(named.at(2 * i + 1)));
+  });
+  expect_table("energy.csv", 1, 8, [&](double x, std::size_t s) {
+    double const released = s == 4 ? 24.0 : 0.0;
+    return s > 4 ? 0.0 : kBT * (balances[4].G(static_cast<unsigned>(s), x) + released);
+  });
+}
+
+}  // namespace
