@@ -1,184 +1,286 @@
-// Would catch: in any registered lattice a candidate out of reach, at an occupied or closed site,
-// on a fibre that isn't actin, twice, without weight, or out of order; a head on a node that isn't
-// there; fibres that don't ascend; a lattice that can't do without the law of a series element.
-
-#include <gtest/gtest.h>
+// Would catch: in any registered lattice a candidate that is missed, out of reach, at an occupied
+// or closed site, on a wrong fibre, with a wrong weight or out of order; fibres that begin or end
+// at a wrong place, heads on a wrong node, crown or model, a modulus of another fibre; a draw too
+// many; a series element that isn't taken over; a size without sense that is taken.
 
 #include <algorithm>
 #include <cmath>
 #include <map>
 #include <set>
+#include <tuple>
 
-#include "support/lattice_records.h"
-#include "support/work_dir.h"
+#include "lattice/geometry_flight.h"
+#include "lattice/geometry_tolen.h"
+#include "lattice/geometry_tools.h"
+#include "lattice/geometry_vertebrae.h"
+#include "support/expect_refusal.h"
+#include "support/lattice.h"
 #include "support/scripted_rand.h"
-#include "support/stdout_to_stderr.h"
 
 namespace {
 
-using Lattices = Factory<Geometry, GeometryParameter_s>;
+using Settings = std::vector<std::string>;
+using Candidates = std::vector<std::tuple<unsigned, unsigned, double>>;  // fibre, site, weight
+
+bool is_free(FilamentData const& data, unsigned fibre, unsigned site) {
+  return data.bound_count[fibre][site] == 0 && data.sites[fibre][site].k_on_factor > 0.0;
+}
+
+bool in_reach(FilamentData const& data, MyosinHead_s const& head, unsigned fibre, unsigned site,
+              double xamax) {
+  return std::abs(data.position[fibre][site] - data.position[0][head.node]) <= xamax;
+}
+
+/// Weight that a head gives a free site in reach; 0 where it can't bind.
+double weight_simple(Geometry const&, FilamentData const& data, MyosinHead_s const&, unsigned fibre,
+                     unsigned site) {
+  return data.sites[fibre][site].k_on_factor;
+}
+
+double weight_flight(Geometry const& lattice, FilamentData const& data, MyosinHead_s const& head,
+                     unsigned fibre, unsigned site) {
+  std::vector<BindingSite_s> out;
+  dynamic_cast<GeometryFlight const&>(lattice).get_angles_cached(
+      head.crown_code % 16, head.crown_code / 16, site, fibre, out, 1.0);
+  return out.empty() ? 0.0 : out.at(0).weight * data.sites[fibre][site].k_on_factor;
+}
+
+/// The site's factor gates and does not scale; crowns of class 0 don't look at fibre 2.
+double weight_vertebrae(Geometry const& lattice, FilamentData const& data, MyosinHead_s const& head,
+                        unsigned fibre, unsigned site) {
+  bool const is_kept =
+      data.nebulin_limit.empty() || data.x[fibre][site] >= data.nebulin_limit[fibre - 1];
+  if (!is_kept || (head.crown_code / 16 == 0 && fibre == 2)) return 0.0;
+  std::vector<BindingSite_s> out;
+  dynamic_cast<GeometryVertebrae const&>(lattice).get_angles_cached(
+      head.crown_code % 16, head.crown_code / 16, site, fibre, out);
+  return out.empty() ? 0.0 : out.at(0).weight;
+}
+
+/// Each site looked at in turn, without any search.
+template <decltype(weight_simple) weight>
+Candidates by_weight(Geometry const& lattice, FilamentData const& data, MyosinHead_s const& head,
+                     double xamax) {
+  Candidates expected;
+  for (unsigned fibre = 1; fibre < data.x.size(); ++fibre) {
+    for (unsigned site = 0; site < data.x[fibre].size(); ++site) {
+      if (!in_reach(data, head, fibre, site, xamax) || !is_free(data, fibre, site)) continue;
+      double const w = weight(lattice, data, head, fibre, site);
+      if (w > 0.0) expected.emplace_back(fibre, site, w);
+    }
+  }
+  return expected;
+}
+
+/// The best site by a sort instead of a walk, taken or not, and its neighbours on the strand.
+Candidates by_rank(Geometry const& lattice, FilamentData const& data, MyosinHead_s const& head,
+                   double xamax) {
+  auto const& tolen = dynamic_cast<GeometryTolen const&>(lattice);
+  unsigned const fibre = head.crown_code / 16 == 0 ? 2 : 1;
+  double const faced = tolen.get_head_azimuth(head.crown_code % 16, fibre);
+  std::vector<std::pair<double, unsigned>> ranking;
+  for (unsigned site = 0; site < data.x[fibre].size(); ++site) {
+    double const off = angular_distance(tolen.get_actin_angle(site), faced);
+    if (in_reach(data, head, fibre, site, xamax)) ranking.emplace_back(off, site);
+  }
+  std::sort(ranking.begin(), ranking.end());
+  bool const is_c3 = std::abs(tolen.get_actin_angle(1) - M_PI) < 1e-9;
+  Candidates expected;
+  if (ranking.empty() || ranking[0].first > (is_c3 ? 20.0 : 25.0) * M_PI / 180.0) return {};
+  int const best = static_cast<int>(ranking[0].second);
+  for (int const site : {best - 2, best, best + 2}) {
+    bool const exists = site >= 0 && site < static_cast<int>(data.x[fibre].size());
+    auto const i = static_cast<unsigned>(site);
+    if (exists && is_free(data, fibre, i)) expected.emplace_back(fibre, i, 1.0);
+  }
+  return expected;
+}
 
 struct Shape {
-  std::string file;
-  unsigned fibres;
-  unsigned heads_per_crown;
-  unsigned crown_classes;
-  double xamax;
-  double beyond;  ///< how far behind the reach a candidate may lie [nm]
-  unsigned draws_per_filament;
+  unsigned crowns, heads_per_crown;
+  unsigned crown_classes, first_class, head_numbers;
+  unsigned thin_filaments, draws, model_index;
+  double dx_myosin, actin_start, xamax;
   std::string see;  ///< default law of the series elastic element
+  decltype(by_rank)* expected;
 };
 
 /// A new lattice adds its line.
 std::map<std::string, Shape> const shapes = {
-    {"Simple", {"geom_simple.prm", 2, 3, 1, 20.0, 0.0, 0, ""}},
-    {"Vertebrae", {"geom_vertebrae.prm", 3, 3, 3, 15.0, 0.0, 50, "ConstantStiffness"}},
-    {"Flight", {"geom_flight.prm", 4, 4, 2, 15.0, 0.0, 0, ""}},
-    {"Tolen", {"geom_tolen.prm", 3, 6, 3, 15.0, 2 * 2.77, 0, ""}}};
+    {"Simple", {48, 3, 1, 0, 1, 1, 0, 0, 14.3, 125, 20, "", by_weight<weight_simple>}},
+    {"Flight", {48, 4, 2, 0, 4, 3, 0, 0, 14.5, 125, 15, "", by_weight<weight_flight>}},
+    {"Tolen", {48, 6, 3, 1, 3, 2, 0, 0, 14.3, 0, 15, "", by_rank}},
+    {"Vertebrae",
+     {50, 3, 3, 0, 3, 2, 50, 1, 14.3, 0, 15, "ConstantStiffness", by_weight<weight_vertebrae>}}};
 
-class AllLattices : public testing::TestWithParam<std::string> {
- protected:
-  Shape const& shape() const { return shapes.at(GetParam()); }
-  std::unique_ptr<Geometry> lattice(std::vector<std::string> const& settings = {}) const {
-    write_settings(shape().file, settings);
-    testing::internal::CaptureStdout();
-    std::unique_ptr<Geometry> made(Lattices::instance().create_type(GetParam(), {}));
-    testing::internal::GetCapturedStdout();
-    return made;
-  }
-};
-
-TEST_P(AllLattices, LaysOutFibresAndHeads) {
-  auto const made = lattice();
-  ScriptedRand::reset();
-  FilamentData const data = filament_of(*made);
-  EXPECT_EQ(ScriptedRand::draws(), shape().draws_per_filament);
-  ASSERT_EQ(data.x.size(), shape().fibres);
-  EXPECT_EQ(made->n_actin_nodes, 379u);
-  EXPECT_EQ(data.nebulin_limit.size() + made->titin_enabled + made->proteinC_enabled, 0u);
-  for (unsigned fibre = 0; fibre < shape().fibres; ++fibre) {
-    EXPECT_EQ(made->is_actin(fibre), fibre != 0);
-    auto const& x = data.x[fibre];
-    EXPECT_EQ(x.size(), fibre == 0 ? made->n_myosin_nodes : made->n_actin_nodes);
-    EXPECT_TRUE(std::is_sorted(std::begin(x), std::end(x)));
-    EXPECT_TRUE((data.position[fibre] == x).min());
-    double e = 0.0, a = 0.0;
-    made->get_fibre_stiffness(fibre, e, a);
-    EXPECT_GT(e * a, 0.0);
-  }
-  double e = -1.0, a = -1.0;
-  made->get_fibre_stiffness(shape().fibres, e, a);
-  EXPECT_EQ(e + a, 0.0);
-  unsigned const heads = shape().heads_per_crown;
-  ASSERT_EQ(data.heads.size(), (made->n_myosin_nodes - 1) * heads);
-  for (unsigned i = 0; i < data.heads.size(); ++i) {
-    MyosinHead_s const& head = data.heads[i];
-    EXPECT_EQ(head.node, i / heads + 1);
-    EXPECT_LT(head.crown_class(), shape().crown_classes);
-    EXPECT_EQ(head.fibre + head.state + head.detach_pending, 0u);
-    EXPECT_EQ(head.actin_site, unbound);
-    EXPECT_EQ(head.actin_fibre, unbound);
-  }
+void expect_nodes(std::valarray<double> const& x, double start, double spacing) {
+  for (unsigned i = 0; i < x.size(); ++i) EXPECT_DOUBLE_EQ(x[i], start + i * spacing);
 }
 
-TEST_P(AllLattices, OffersFreeSitesInReachInOrder) {
-  auto const made = lattice();
-  FilamentData data = filament_of(*made);
-  // Filaments that have slid and stretched, with sites taken and sites switched off.
-  for (unsigned fibre = 1; fibre < shape().fibres; ++fibre) {
-    data.position[fibre] += 0.004 * (data.x[fibre] - 200.0) - 3.0 * fibre;
-    for (unsigned site = fibre; site < 379; site += 5) data.bound_count[fibre][site] = 1;
-    for (unsigned site = 0; site < 379; site += 7) data.sites[fibre][site].k_on_factor = 0.0;
-  }
-  std::size_t offered = 0;
-  std::set<unsigned> fibres;
-  for (MyosinHead_s const& head : data.heads) {
-    auto const candidates = candidates_of(*made, data, head);
-    std::pair<unsigned, unsigned> last = {0, 0};
-    for (BindingSite_s const& c : candidates) {
-      ASSERT_TRUE(c.fibre < shape().fibres && made->is_actin(c.fibre));
-      ASSERT_LT(c.site, 379u);
-      EXPECT_EQ(data.bound_count[c.fibre][c.site], 0u);
-      EXPECT_GT(data.sites[c.fibre][c.site].k_on_factor, 0.0);
-      EXPECT_TRUE(std::isfinite(c.weight) && c.weight > 0.0);
-      double const away = data.position[c.fibre][c.site] - data.position[0][head.node];
-      EXPECT_LE(std::abs(away), shape().xamax + 1.004 * shape().beyond);
-      std::pair<unsigned, unsigned> const place = {c.fibre, c.site};
-      EXPECT_LT(last, place) << "head " << head.crown_code << " at node " << head.node;
-      last = place;
-      fibres.insert(c.fibre);
+TEST(Lattices, LayOutFibresAndHeads) {
+  for (auto const& type : Factory<Geometry, GeometryParameter_s>::instance().types()) {
+    SCOPED_TRACE(type.first);
+    Shape const& shape = shapes.at(type.first);
+    auto const lattice = make_lattice(type.first);
+    ScriptedRand::reset();
+    FilamentData const data = filament_of(*lattice);
+    EXPECT_EQ(ScriptedRand::draws(), shape.draws);
+    EXPECT_EQ(lattice->n_actin_nodes, 379u);
+    EXPECT_EQ(lattice->n_myosin_nodes, shape.crowns + 1);
+    EXPECT_EQ(data.nebulin_limit.size() + lattice->titin_enabled + lattice->proteinC_enabled, 0u);
+    EXPECT_EQ(lattice->see_stiffness, shape.see);
+    EXPECT_EQ(lattice->n_actin_chains(), type.first == "Vertebrae" ? 4u : 0u);
+    ASSERT_EQ(data.x.size(), shape.thin_filaments + 1);
+    ASSERT_EQ(data.x[0].size(), shape.crowns + 1);
+    EXPECT_EQ(data.x[0][0], 0.0);
+    expect_nodes(data.x[0][std::slice(1, shape.crowns, 1)], 125.0, shape.dx_myosin);
+    for (unsigned fibre = 0; fibre < data.x.size(); ++fibre) {
+      EXPECT_EQ(lattice->is_actin(fibre), fibre != 0);
+      EXPECT_TRUE((data.position[fibre] == data.x[fibre]).min());
+      if (fibre == 0) continue;
+      EXPECT_EQ(data.x[fibre].size(), 379u);
+      expect_nodes(data.x[fibre], shape.actin_start, 2.77);
     }
-    offered += candidates.size();
-  }
-  EXPECT_GT(offered, 100u);
-  EXPECT_EQ(fibres.size(), shape().fibres - 1);  // each thin filament is of use to somebody
-}
-
-TEST_P(AllLattices, FindNothingFarFromAllSites) {
-  auto const made = lattice();
-  FilamentData data = filament_of(*made);
-  for (double const shift : {5000.0, -10000.0}) {
-    data.position[0] += shift;
-    EXPECT_TRUE(candidates_of(*made, data, data.heads.back()).empty());
-  }
-}
-
-TEST_P(AllLattices, WriteTheirDefaultsWhereTheFileIsMissing) {
-  testing::internal::CaptureStdout();
-  testing::internal::CaptureStderr();
-  std::unique_ptr<Geometry> const made(Lattices::instance().create_type(GetParam(), {}));
-  std::unique_ptr<Geometry> const again(Lattices::instance().create_type(GetParam(), {}));
-  testing::internal::GetCapturedStdout();
-  EXPECT_EQ(testing::internal::GetCapturedStderr(),
-            "tavelo: warning: parameter file " + shape().file +
-                " was missing; it is written with the default values, which are used\n");
-  EXPECT_EQ(again->n_actin_nodes, made->n_actin_nodes);
-  EXPECT_EQ(again->see_stiffness, shape().see);
-}
-
-TEST_P(AllLattices, TakeTheSeriesElementFromTheirFile) {
-  EXPECT_EQ(lattice()->see_stiffness, shape().see);
-  auto const made =
-      lattice({"see: see_stiffness = StiffnessFunction", "see: see_damping_factor = 2.5"});
-  EXPECT_EQ(made->see_stiffness, "StiffnessFunction");
-  EXPECT_EQ(made->see_damping_factor, 2.5);
-}
-
-TEST_P(AllLattices, RefuseSizesWithoutSense) {
-  std::vector<std::pair<std::string, std::string>> cases = {
-      {"myosin: myosin_offset = 0", "section myosin: myosin_offset is '0'"},
-      {"myosin: dx_myosin = -14.3", "section myosin: dx_myosin is '-14\\.3'"},
-      {"myosin: a_mysoin = 0", "a_mysoin is '0'"},
-      {"myosin: e_mysoin = nan", "e_mysoin"},
-      {"actin: dx_actin = 0", "section actin: dx_actin is '0'"},
-      {"actin: length_actin = 3", "length_actin is '3'; accepted: 2 to a million times dx_actin"},
-      {"actin: length_actin = inf", "length_actin"},
-      {"numerics: xamax = 0", "xamax is '0'"},
-      {"see: see_damping_factor = -1", "see_damping_factor is '-1'"},
-      {"see: see_stiffness = ThreeLinearForce", "ThreeLinearForce"}};
-  if (GetParam() != "Vertebrae") {
-    cases.emplace_back("myosin: myosin_heads = 0", "myosin_heads is '0'; accepted: a whole number");
-    cases.emplace_back("myosin: myosin_heads = 2000000000", "accepted: 1 to a million");
-  }
-  if (GetParam() != "Simple") {
-    cases.emplace_back("actin: actin_period = 0", "actin_period is '0'");
-    cases.emplace_back("actin: actin_period = 2000000000", "accepted: 1 to a million");
-    cases.emplace_back("actin: e_actin2 = -1", "e_actin2 is '-1'");
-  }
-  for (auto const& [setting, message] : cases) {
-    EXPECT_EXIT((stdout_to_stderr(), lattice({setting})), testing::ExitedWithCode(1),
-                shape().file + ".*" + message)
-        << setting;
+    ASSERT_EQ(data.heads.size(), shape.crowns * shape.heads_per_crown);
+    for (unsigned i = 0; i < data.heads.size(); ++i) {
+      MyosinHead_s const& head = data.heads[i];
+      unsigned const crown = i / shape.heads_per_crown;
+      EXPECT_EQ(head.node, crown + 1);
+      unsigned const crown_class = (crown + shape.first_class) % shape.crown_classes;
+      EXPECT_EQ(head.crown_code, crown_class * 16 + i % shape.head_numbers);
+      EXPECT_EQ(head.model_index, shape.model_index);
+      EXPECT_EQ(head.fibre + head.state + head.detach_pending, 0u);
+      EXPECT_EQ(head.actin_site, 99999999u);
+      EXPECT_EQ(head.actin_fibre, 99999999u);
+    }
   }
 }
 
-std::vector<std::string> registered_names() {
-  std::vector<std::string> names;
-  for (auto const& type : Lattices::instance().types()) names.push_back(type.first);
-  return names;
+TEST(Lattices, KnowTheStiffnessOfEachFibre) {
+  struct {
+    char const *lattice, *setting;
+    std::vector<double> EA;  // the last is that of a fibre that isn't there
+  } const cases[] = {
+      {"Simple", "actin: a_actin = 7", {3.25e3 * 5.0, 1.27e3 * 7.0, 0.0}},
+      {"Flight", "actin: e_actin3 = 9", {176000, 1.27e3 * 50.4, 1.27e3 * 50.4, 9 * 50.4, 0}},
+      {"Tolen", "actin: a_actin1 = 9", {176000, 1.27e3 * 9, 1.27e3 * 50.4, 0}},
+      {"Vertebrae", "actin: e_actin2 = 9", {176000, 1.27e3 * 50.4, 9 * 50.4, 0}}};
+  for (auto const& c : cases) {
+    auto const lattice = make_lattice(c.lattice, {c.setting});
+    for (unsigned fibre = 0; fibre < c.EA.size(); ++fibre) {
+      double e = -1.0, a = -1.0;
+      lattice->get_fibre_stiffness(fibre, e, a);
+      EXPECT_DOUBLE_EQ(e * a, c.EA[fibre]) << c.lattice << ' ' << fibre;
+    }
+  }
 }
 
-INSTANTIATE_TEST_SUITE_P(Family, AllLattices, testing::ValuesIn(registered_names()),
-                         [](auto const& name) { return name.param; });
+void expect_candidates(Geometry const& lattice, FilamentData const& data, Shape const& shape,
+                       double xamax, std::set<unsigned>& fibres) {
+  for (MyosinHead_s const& head : data.heads) {
+    std::vector<BindingSite_s> found;
+    lattice.get_binding_sites(data, head, found);
+    Candidates candidates;
+    for (BindingSite_s const& c : found) candidates.emplace_back(c.fibre, c.site, c.weight);
+    ASSERT_EQ(candidates, shape.expected(lattice, data, head, xamax))
+        << "head " << head.crown_code << " at node " << head.node;
+    for (BindingSite_s const& c : found) fibres.insert(c.fibre);
+  }
+}
+
+/// Short filaments, so that some heads stand beside their ends, with distances exact in binary, so
+/// that some sites lie just at the end of a reach.
+Settings const short_filaments = {"myosin: myosin_offset = 80", "myosin: dx_myosin = 16",
+                                  "actin: dx_actin = 4", "actin: length_actin = 400"};
+
+TEST(Lattices, OfferEveryFreeSiteInReachInOrder) {
+  struct {
+    std::string lattice;
+    Settings settings;
+  } cases[] = {{"Simple", {}},
+               {"Simple", short_filaments},
+               {"Flight", {}},
+               {"Flight", short_filaments},
+               {"Tolen", {}},
+               {"Tolen", short_filaments},
+               {"Tolen", {"numerics: model = C3"}},
+               {"Tolen", {"actin: actin_period = 7"}},  // equal sites in one reach
+               {"Vertebrae", {}},
+               {"Vertebrae", short_filaments},
+               // So thick that crowns of class 0 would find sites on fibre 2.
+               {"Vertebrae", {"actin: a_offset = 200", "axial: radius_actin = 12"}},
+               {"Vertebrae", {"nebulin: nebulinDeficiency = 2"}}};
+  for (auto& c : cases) {
+    SCOPED_TRACE(c.lattice + (c.settings.empty() ? "" : ", " + c.settings[0]));
+    Shape const& shape = shapes.at(c.lattice);
+    double const xamax = c.settings == short_filaments ? 16.0 : shape.xamax;
+    c.settings.push_back("numerics: xamax = " + std::to_string(xamax));
+    auto const lattice = make_lattice(c.lattice, c.settings);
+    FilamentData data = filament_of(*lattice);
+    std::set<unsigned> fibres;
+    expect_candidates(*lattice, data, shape, xamax, fibres);
+    EXPECT_EQ(fibres.size(), shape.thin_filaments);  // each thin filament is of use to somebody
+    // Filaments that have slid and stretched, with sites taken, switched off or less available.
+    for (unsigned fibre = 1; fibre < data.x.size(); ++fibre) {
+      data.position[fibre] += 0.004 * (data.x[fibre] - 200.0) - 3.0 * fibre;
+      for (unsigned site = 0; site < data.x[fibre].size(); ++site) {
+        data.bound_count[fibre][site] = site % 5 == fibre ? 1 : 0;
+        data.sites[fibre][site].k_on_factor = site % 7 == 0 ? 0.0 : site % 7 == 1 ? 0.25 : 1.0;
+        data.sites[fibre][site].state = 2;  // without a part in it
+      }
+    }
+    if (!data.nebulin_limit.empty()) data.nebulin_limit[0] = data.x[1][100];  // is kept
+    expect_candidates(*lattice, data, shape, xamax, fibres);
+    for (double const shift : {-90.0, 5000.0, -10000.0}) {  // beside the first sites; far from all
+      data.position[0] += shift;
+      expect_candidates(*lattice, data, shape, xamax, fibres);
+    }
+  }
+}
+
+TEST(Lattices, RefuseSizesWithoutSenseAndTakeTheSeriesElement) {
+  struct {
+    std::string lattices;  // by their initials
+    Settings settings;
+    std::string message;
+  } const cases[] = {
+      {"SFTV", {"myosin: myosin_offset = 0"}, "section myosin: myosin_offset is '0'"},
+      {"SFTV", {"myosin: dx_myosin = -14.3"}, "section myosin: dx_myosin is '-14\\.3'"},
+      {"SFTV", {"myosin: a_mysoin = 0"}, "a_mysoin is '0'"},
+      {"SFTV", {"myosin: e_mysoin = nan"}, "e_mysoin"},
+      {"SFTV", {"actin: dx_actin = 0"}, "section actin: dx_actin is '0'"},
+      {"SFTV",
+       {"actin: length_actin = 3"},
+       "length_actin is '3'; accepted: 2 to a million times dx_actin"},
+      {"SFTV", {"actin: length_actin = inf"}, "length_actin"},
+      {"SFTV", {"numerics: xamax = 0"}, "xamax is '0'"},
+      {"SFTV", {"see: see_damping_factor = -1"}, "see_damping_factor is '-1'"},
+      {"SFTV", {"see: see_stiffness = ThreeLinearForce"}, "ThreeLinearForce"},
+      {"SFT", {"myosin: myosin_heads = 0"}, "myosin_heads is '0'; accepted: a whole number"},
+      {"SFT", {"myosin: myosin_heads = 2000000000"}, "accepted: 1 to a million"},
+      {"FTV", {"actin: actin_period = 0"}, "actin_period is '0'"},
+      {"FTV", {"actin: actin_period = 2000000000"}, "accepted: 1 to a million"},
+      {"FTV", {"actin: e_actin2 = -1"}, "e_actin2 is '-1'"},
+      {"FV", {"axial: radius_actin = -1"}, "radius_actin is '-1'"},
+      {"FV", {"axial: d_actin_myosin = 1e-3"}, "no head can see any site"},
+      {"V", {"myosin: myosin_crowns = -3"}, "myosin_crowns is '-3'"},
+      {"V",
+       {"myosin: slowHeads_percent = 30", "myosin: fastHeads_percent = 60"},
+       "slowHeads_percent is '30' and fastHeads_percent '60'"},
+      {"V",
+       {"protein-C: proteinCIndicator = 1", "protein-C: proteinCNumber = 13"},
+       "proteinCNumber is '13'.*12"}};
+  for (auto const& shape : shapes) {
+    for (auto const& [lattices, settings, message] : cases) {
+      if (lattices.find(shape.first[0]) == std::string::npos) continue;
+      expect_refusal([&, &s = settings] { read_lattice(shape.first, s); },
+                     parameter_file_of(shape.first) + ".*" + message);
+    }
+    auto const lattice = make_lattice(
+        shape.first, {"see: see_stiffness = StiffnessFunction", "see: see_damping_factor = 2.5"});
+    EXPECT_EQ(lattice->see_stiffness, "StiffnessFunction");
+    EXPECT_EQ(lattice->see_damping_factor, 2.5);
+  }
+}
 
 }  // namespace
