@@ -50,7 +50,7 @@ BenchLattice::BenchLattice(unsigned n_filaments, std::string const& name,
   law = create_elastic_law("ConstantStiffness", "xb_");
   model = make_model();
   geometry = create_component<Geometry>(lattice_name, GeometryParameter_s{}, "bench", "geometry");
-  stepper = std::make_unique<FixedTimeStepMC>(*model, *model, dt, nullptr);
+  stepper = std::make_unique<FixedTimeStepMC>(*model, *model, nullptr);
   sarcomer = std::make_unique<Sarcomer>(parameter, *geometry);
   for (unsigned i = 0; i < n_filaments; ++i) {
     sarcomer->add_filament(new Filament(*geometry, *model, *model, *stepper, 1, nullptr));

@@ -9,6 +9,7 @@
 #include <numeric>
 
 #include "activation/activation.h"
+#include "base/run_state.h"
 #include "bench_lattice.h"
 #include "elastic/XB_Models.h"
 #include "kinetics/fixed_dt_mc.h"
@@ -45,7 +46,7 @@ void head_step(benchmark::State& state, bool bound) {
     if ((head.state == 1) == bound && head.detach_pending == 0) heads.push_back(head);
   }
   FilamentData data = filament.data;
-  lattice.stepper->set_dt(1e-12);  // so that no head moves
+  currentTimeStep = 1e-12;  // so that no head moves
   std::vector<BindingSite_s> candidates;
   std::size_t i = 0;
   for (auto _ : state) {
@@ -54,7 +55,7 @@ void head_step(benchmark::State& state, bool bound) {
     if (!bound) lattice.geometry->get_binding_sites(data, head, candidates);
     lattice.stepper->state_change(data, head, candidates);
   }
-  lattice.stepper->set_dt(0.0005);
+  currentTimeStep = 0.0005;
 }
 
 void head_detached(benchmark::State& state) { head_step(state, false); }

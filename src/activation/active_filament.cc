@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "base/output_file.h"
+#include "base/run_state.h"
 #include "kinetics/fixed_dt_mc.h"
 
 namespace {
@@ -18,7 +19,7 @@ ActiveFilament::ActiveFilament(Geometry const& lattice, Model const& slow, Model
                                XB_Model const* titin)
     : Filament(lattice, slow, fast, mc, sense, titin) {
   ActivationModelParameter const parameter = {
-      &lattice, &slow, &fast, mc.get_dt(), caActivationModelIndicator, healtyChainPercent};
+      &lattice, &slow, &fast, currentTimeStep, caActivationModelIndicator, healtyChainPercent};
   activation_model =
       create_component<ActivationModel>(activation, parameter, "numeric_mc.prm", "activation");
 }

@@ -13,6 +13,12 @@ double currentTimeStep = 0.0;
 int numberOfAtachments = 0;
 int numberOfDetachments = 0;
 
+void advance_clock(double step) {
+  ++t_timeStep;
+  currentTimeStep = step;
+  timeForAll += step;
+}
+
 std::string at_step() {
   return " at time " + shown(timeForAll) + ", step " + std::to_string(t_timeStep);
 }

@@ -14,10 +14,12 @@ extern FILE* fConvergenceListing;
 
 /// Number of the current time step; the first step is 1.
 extern int t_timeStep;
-/// Current simulation time, in time units of the rates.
+/// Current simulation time, in time units of the rates; models whose rates follow a course read it.
 extern double timeForAll;
 /// Length of the current time step.
 extern double currentTimeStep;
+/// Begins a time step of that length; all three follow.
+void advance_clock(double step);
 
 /// The clock as messages name it: " at time 0.5, step 7".
 std::string at_step();

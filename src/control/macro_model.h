@@ -49,7 +49,6 @@ class MacroModel {
   virtual void create_distribution_output(double time) = 0;
   /// Writes the stiffness against a further displacement of 1 nm; nothing moves.
   virtual void calculate_stiffness(double time, double displacement) = 0;
-  virtual void set_dt(double dt) = 0;
   virtual void printActinSiteStates() = 0;
 
  protected:

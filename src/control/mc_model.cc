@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "activation/active_filament.h"
+#include "base/run_state.h"
 #include "kinetics/active_model.h"
 #include "kinetics/fixed_dt_mc.h"
 #include "lattice/geometry.h"
@@ -45,11 +46,11 @@ MCModel::~MCModel() = default;
 
 std::unique_ptr<FixedTimeStepMC> MCModel::create_stepper() const {
   if (!is_regulated()) {
-    return std::make_unique<FixedTimeStepMC>(*model_slow, *model_fast, dt, model_proteinC);
+    return std::make_unique<FixedTimeStepMC>(*model_slow, *model_fast, model_proteinC);
   }
   return std::make_unique<FixedTimeStepMCActiv>(require_active(model_slow, parameters.activation),
                                                 require_active(model_fast, parameters.activation),
-                                                dt, model_proteinC);
+                                                model_proteinC);
 }
 
 void MCModel::add_filament(int direction) {
@@ -77,7 +78,7 @@ bool MCModel::displacement_iter(double time, double value, double& force) {
 }
 
 void MCModel::step(double time, Prescribed const& wanted) {
-  sarcomer->state_change(time, dt);
+  sarcomer->state_change(time, currentTimeStep);
   sarcomer->set_boundary_mode(of_lattice(wanted));
   sarcomer->assemble_and_solve(time, true);
 }
@@ -100,11 +101,6 @@ void MCModel::create_distribution_output(double time) { sarcomer->create_distrib
 void MCModel::calculate_stiffness(double time, double displacement) {
   sarcomer->set_boundary_mode(of_lattice({Prescribed::Quantity::length, displacement + 1.0}));
   sarcomer->assemble_and_solve(time, false);
-}
-
-void MCModel::set_dt(double step) {
-  dt = step;
-  stepper->set_dt(step);
 }
 
 void MCModel::printActinSiteStates() { sarcomer->create_actinSites_output(); }

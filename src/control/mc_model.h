@@ -26,7 +26,6 @@ class MCModel : public MacroModel {
   void write_cb_states(std::ofstream& stream) override;
   void create_distribution_output(double time) override;
   void calculate_stiffness(double time, double displacement) override;
-  void set_dt(double step) override;
   void printActinSiteStates() override;
 
  private:
@@ -41,5 +40,4 @@ class MCModel : public MacroModel {
   std::unique_ptr<Geometry> geometry;
   std::unique_ptr<FixedTimeStepMC> stepper;
   std::unique_ptr<Sarcomer> sarcomer;
-  double dt = 0.0;
 };

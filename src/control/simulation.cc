@@ -143,7 +143,6 @@ void Simulation::run() {
   fOutputFile = nullptr;
   Protocol::TimeOffset = 0.0;
   loop.writingTimes = read_writing_times();
-  macro_model->set_dt(loop.protocol.get_dt());
   loop.bonds = open_output_stream(bonds_name);
   loop.bonds << "Time,Attachment number,Detachment number";
   end_row(loop.bonds, bonds_name);
@@ -164,12 +163,7 @@ void Simulation::run() {
 }
 
 void Simulation::begin_step(Loop& loop) {
-  ++t_timeStep;
-  currentTimeStep = loop.protocol.get_dt();
-  macro_model->set_dt(currentTimeStep);
-  timeForAll += currentTimeStep;
-  model_fast->set_time_step(timeForAll);
-  model_slow->set_time_step(timeForAll);
+  advance_clock(loop.protocol.get_dt());
   std::fprintf(fIterationNorms, "Time = %lf\n", timeForAll);
   flush_output(fIterationNorms, norms_name);
   std::fprintf(fConvergenceListing, "Time = %lf\n", timeForAll);

@@ -40,10 +40,8 @@ void log_turnover(unsigned from, unsigned to) {
 
 }  // namespace
 
-FixedTimeStepMC::FixedTimeStepMC(Model const& slow, Model const& fast, double step,
-                                 Model const* protein_c)
+FixedTimeStepMC::FixedTimeStepMC(Model const& slow, Model const& fast, Model const* protein_c)
     : models{&slow, &fast, protein_c},
-      dt(step),
       n_states(slow.n_states()),
       transition_counts(n_states, std::vector<unsigned>(n_states, 0)),
       detached_states_file("detached_states_init.csv", "wt") {
@@ -132,13 +130,14 @@ void FixedTimeStepMC::collect_of_detached(FilamentData const& data, MyosinHead_s
     if (!model.attached[to]) {
       // Among detached states the thin filament has no influence.
       double const k = model.get_k(0.0, from, to);
-      if (k > 0.0) outcomes.add(k * dt, {to, unbound, unbound});
+      if (k > 0.0) outcomes.add(k * currentTimeStep, {to, unbound, unbound});
       continue;
     }
     for (BindingSite_s const& c : candidates) {
       double const x = data.position[c.fibre][c.site] - head_position;
       double const k = rate(head, x, to, data.sites[c.fibre][c.site]);
-      if (k > 0.0 && c.weight > 0.0) outcomes.add(k * dt * c.weight, {to, c.site, c.fibre});
+      if (k > 0.0 && c.weight > 0.0)
+        outcomes.add(k * currentTimeStep * c.weight, {to, c.site, c.fibre});
     }
   }
 }
@@ -153,7 +152,7 @@ void FixedTimeStepMC::collect_of_bound(FilamentData const& data, MyosinHead_s co
   for (unsigned to = 0; to < n; ++to) {
     if (!model.transitions[head.state][to]) continue;
     double const k = rate(head, x, to, site);
-    if (k > 0.0) outcomes.add(k * dt, {to, unbound, unbound});
+    if (k > 0.0) outcomes.add(k * currentTimeStep, {to, unbound, unbound});
   }
 }
 
@@ -191,10 +190,8 @@ void FixedTimeStepMC::detach(FilamentData& data, MyosinHead_s& head) const {
 }
 
 FixedTimeStepMCActiv::FixedTimeStepMCActiv(ActiveModel const& slow, ActiveModel const& fast,
-                                           double step, Model const* protein_c)
-    : FixedTimeStepMC(slow, fast, step, protein_c),
-      active_model_slow(&slow),
-      active_model_fast(&fast) {}
+                                           Model const* protein_c)
+    : FixedTimeStepMC(slow, fast, protein_c), active_model_slow(&slow), active_model_fast(&fast) {}
 
 double FixedTimeStepMCActiv::get_k_slow(double x, unsigned from, unsigned to,
                                         ActinSite_s const& site) const {

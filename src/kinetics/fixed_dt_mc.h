@@ -1,5 +1,6 @@
 #pragma once
-/// Monte-Carlo step of one head: rates to probabilities of this time step, one draw, one move.
+/// Monte-Carlo step of one head: rates to probabilities of the current time step, one draw, one
+/// move.
 ///
 /// The outcomes of a head lie one after the other on a scale from 0: in ascending target state, and
 /// in a binding step in the order of the candidates, each rate * dt (times the steric weight) long.
@@ -28,7 +29,7 @@ struct StateBin_s {
 class FixedTimeStepMC {
  public:
   /// `protein_c` may be null if no head uses it. Opens "detached_states_init.csv".
-  FixedTimeStepMC(Model const& slow, Model const& fast, double dt, Model const* protein_c);
+  FixedTimeStepMC(Model const& slow, Model const& fast, Model const* protein_c);
 
   /// Rate of a slow or fast head at strain `x`.
   virtual double get_k_slow(double x, unsigned from, unsigned to, ActinSite_s const& site) const;
@@ -46,8 +47,6 @@ class FixedTimeStepMC {
   virtual int state_change(FilamentData& data, MyosinHead_s& head,
                            std::vector<BindingSite_s> const& candidates) const;
 
-  void set_dt(double step) { dt = step; }
-  double get_dt() const { return dt; }
   Model const* get_proteinC_model() const { return models.protein_c; }
 
   /// Makes the bond to the site that the head's `actin_site` and `actin_fibre` name.
@@ -74,7 +73,6 @@ class FixedTimeStepMC {
   void print_transitions(Model const& model, std::ostream& os);
 
   HeadModels const models;
-  double dt;
   unsigned const n_states;
   mutable std::vector<std::vector<unsigned>> transition_counts;
   OutputFile detached_states_file;
@@ -83,8 +81,7 @@ class FixedTimeStepMC {
 /// Stepper of a regulated system: slow and fast heads see the state and the factors of their site.
 class FixedTimeStepMCActiv : public FixedTimeStepMC {
  public:
-  FixedTimeStepMCActiv(ActiveModel const& slow, ActiveModel const& fast, double dt,
-                       Model const* protein_c);
+  FixedTimeStepMCActiv(ActiveModel const& slow, ActiveModel const& fast, Model const* protein_c);
 
   double get_k_slow(double x, unsigned from, unsigned to, ActinSite_s const& site) const override;
   double get_k_fast(double x, unsigned from, unsigned to, ActinSite_s const& site) const override;

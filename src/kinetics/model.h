@@ -40,9 +40,6 @@ class Model {
   virtual double power_stroke(unsigned state) const;
 
   unsigned n_states() const { return n_states_; }
-  /// In spite of its name the value is the current simulation time, not a step length.
-  void set_time_step(double time) { time_step = time; }
-  double get_time_step() const { return time_step; }
 
  private:
   unsigned const n_states_;
@@ -50,7 +47,6 @@ class Model {
  public:
   /// Whether a state is attached to actin; a derived constructor sets it.
   std::unique_ptr<bool[]> attached;
-  double time_step = 0.0;
   XB_Model* xb_model;
   /// Whether the stepper considers a pair [from][to] at all: everything off the diagonal, unless a
   /// derived constructor says otherwise.

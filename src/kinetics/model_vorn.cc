@@ -6,6 +6,7 @@
 #include "base/diagnostics.h"
 #include "base/logger.h"
 #include "base/parameter_file.h"
+#include "base/run_state.h"
 #include "kinetics/rate_tools.h"
 
 REGISTER_MODEL(ModelVorn, "Vorn");
@@ -122,11 +123,11 @@ double ModelVorn::get_forward_rate(double x, unsigned from, unsigned, double c) 
 }
 
 double ModelVorn::calcium_rate() const {
-  double const ca = ca_protocol.value_at(get_time_step());
+  double const ca = ca_protocol.value_at(timeForAll);
   double const bound = std::pow(ca, b_param);
   double const rate = k_ps_0 + (k_ps_max - k_ps_0) * bound / (std::pow(ca_50, b_param) + bound);
   if (!std::isfinite(rate)) {
-    refuse(calcium_file, "the calcium concentration at time " + shown(get_time_step()), shown(ca),
+    refuse(calcium_file, "the calcium concentration at time " + shown(timeForAll), shown(ca),
            "a number of at least 0, not too small or large for the power b_param");
   }
   return rate;

@@ -57,7 +57,7 @@ SmallLattice::SmallLattice(LatticeSettings const& wanted)
   if (geometry->titin_enabled == 1) {
     see.SetInitialPrescribedDisplacement(FindTitinForce(titin_law, *geometry));
   }
-  stepper = std::make_unique<FixedTimeStepMC>(slow, fast, step, &protein_c);
+  stepper = std::make_unique<FixedTimeStepMC>(slow, fast, &protein_c);
   for (unsigned i = 0; i < wanted.filaments; ++i) {
     int const direction = wanted.full_sarcomer > 0 && i % 2 == 1 ? -1 : 1;
     filaments.add(

@@ -67,11 +67,15 @@ struct Bench {
   std::vector<BindingSite_s> candidates;
 };
 
-TEST(FixedTimeStepMC, OutcomesFollowTheTargetsThenTheCandidatesInTheirOrder) {
+struct Stepper : testing::Test {
+  Stepper() { currentTimeStep = 1.0; }
+};
+
+TEST_F(Stepper, OutcomesFollowTheTargetsThenTheCandidatesInTheirOrder) {
   RateModel const model(4, {1, 2}, [](double x, unsigned, unsigned to, ActinSite_s const&) {
     return to == 1 ? (x == 4.0 ? 0.1 : x == -6.0 ? 0.2 : 9.0) : 0.1;
   });
-  FixedTimeStepMC const stepper(model, model, 1.0, nullptr);
+  FixedTimeStepMC const stepper(model, model, nullptr);
   Bench bench;
   bench.candidates = {{1.0, 2, 2}, {1.0, 0, 1}};
   struct {
@@ -116,31 +120,32 @@ TEST(OutcomeScale, TieGoesToTheLowerOutcomeZeroStaysAndAFullScaleLeavesNoStaying
   EXPECT_EQ(picks(1.0, 3.0), "-aabbbb");
 }
 
-TEST(FixedTimeStepMC, OverfullScaleOfADetachedHeadIsReported) {
+TEST_F(Stepper, OverfullScaleOfADetachedHeadIsReported) {
   RateModel const model(2, {1}, {{{0, 1}, 4.0}, {{1, 0}, 4.0}});
-  FixedTimeStepMC stepper(model, model, 1.0, nullptr);
+  FixedTimeStepMC const stepper(model, model, nullptr);
   Bench detached, bound;
   detached.candidates = {{1.0, 1, 1}};
   bound.bind(1, 1, 1);
   testing::internal::CaptureStdout();
   EXPECT_EQ(detached.after(stepper, 1.0).state, 1u);
   EXPECT_EQ(bound.after(stepper, 1.0).state, 0u);
-  stepper.set_dt(0.25);
+  currentTimeStep = 0.25;
   EXPECT_EQ(detached.after(stepper, 1.0).state, 1u);  // full
   EXPECT_EQ(testing::internal::GetCapturedStdout(),
             "Internal Error!!!! Attach, Sum 4.000000e+00\n");
 }
 
-TEST(FixedTimeStepMC, WeightAndStepScaleTheProbabilityOfBinding) {
+TEST_F(Stepper, WeightAndStepScaleTheProbabilityOfBinding) {
   RateModel model(2, {1}, [](double x, unsigned, unsigned, ActinSite_s const&) {
     return x == 0.0 ? 0.0 : 0.2 * x;  // 0.4 at the strain 2, below 0 at -6
   });
-  FixedTimeStepMC stepper(model, model, 0.5, nullptr);
+  currentTimeStep = 0.5;
+  FixedTimeStepMC const stepper(model, model, nullptr);
   Bench bench;
   EXPECT_EQ(bench.probability_to_move(stepper), 0.0);
   bench.candidates = {{0.5, 1, 1}};
   EXPECT_NEAR(bench.probability_to_move(stepper), 0.1, one_step);
-  stepper.set_dt(0.25);
+  currentTimeStep = 0.25;
   EXPECT_NEAR(bench.probability_to_move(stepper), 0.05, one_step);
   // A weight or a rate that isn't above 0 makes no outcome, wherever it stands in the list.
   bench.candidates = {{0.0, 2, 1}, {1.0, 1, 2}, {1.0, 0, 1}, {-0.5, 1, 1}, {0.5, 1, 1}};
@@ -150,9 +155,9 @@ TEST(FixedTimeStepMC, WeightAndStepScaleTheProbabilityOfBinding) {
   EXPECT_EQ(bench.probability_to_move(stepper), 0.0);
 }
 
-TEST(FixedTimeStepMC, BondIsMadeAndBrokenAtBothEnds) {
+TEST_F(Stepper, BondIsMadeAndBrokenAtBothEnds) {
   RateModel const model(3, {1, 2}, {{{0, 1}, 0.5}, {{1, 2}, 1.0}, {{2, 0}, 1.0}});
-  FixedTimeStepMC const stepper(model, model, 1.0, nullptr);
+  FixedTimeStepMC const stepper(model, model, nullptr);
   Bench bench;
   FilamentData& data = bench.data;
   // Made of the first candidate; those of a bound head are not looked at. A release waits.
@@ -177,7 +182,7 @@ TEST(FixedTimeStepMC, BondIsMadeAndBrokenAtBothEnds) {
   }
 }
 
-TEST(FixedTimeStepMC, SiteActsOnSlowAndFastHeadsOfTheActiveStepperOnly) {
+TEST_F(Stepper, SiteActsOnSlowAndFastHeadsOfTheActiveStepperOnly) {
   auto const law = [](double k) {
     return [k](double x, unsigned from, unsigned to, ActinSite_s const& site) {
       if (site.state == 1 || x != 2.0 || from + to != 1) return 0.0;
@@ -188,8 +193,8 @@ TEST(FixedTimeStepMC, SiteActsOnSlowAndFastHeadsOfTheActiveStepperOnly) {
   for (unsigned const n_states : {2, 4}) {
     RateModel const slow(6 - n_states, {1}, law(0.2)), fast(6 - n_states, {1}, law(0.4));
     RateModel const protein_c(n_states, {1}, law(0.6));
-    FixedTimeStepMC const plain(slow, fast, 1.0, &protein_c);
-    FixedTimeStepMCActiv const active(slow, fast, 1.0, &protein_c);
+    FixedTimeStepMC const plain(slow, fast, &protein_c);
+    FixedTimeStepMCActiv const active(slow, fast, &protein_c);
     for (unsigned const kind : {0, 1, 2, 7}) {
       double const k = kind == 0 ? 0.2 : kind == 1 ? 0.4 : 0.6;
       Bench detached;
@@ -211,13 +216,13 @@ TEST(FixedTimeStepMC, SiteActsOnSlowAndFastHeadsOfTheActiveStepperOnly) {
   }
 }
 
-TEST(FixedTimeStepMC, DetachedStatesChangeAtStrainZeroWithoutTheSites) {
+TEST_F(Stepper, DetachedStatesChangeAtStrainZeroWithoutTheSites) {
   RateModel const model(2, {}, [](double x, unsigned, unsigned, ActinSite_s const& site) {
     bool const is_default = site.state == 0 && site.k_on_factor == 1.0 &&
                             site.k_stroke_factor == 1.0 && site.k_off_factor == 1.0;
     return x == 0.0 && is_default ? 0.3 : 0.9;
   });
-  FixedTimeStepMCActiv const stepper(model, model, 1.0, &model);
+  FixedTimeStepMCActiv const stepper(model, model, &model);
   Bench bench;
   for (auto& fibre : bench.data.sites) {
     for (ActinSite_s& site : fibre) site = {2, 0.0, 0.0, 0.0, nullptr};
@@ -243,10 +248,10 @@ std::vector<unsigned> first_states(FixedTimeStepMC const& stepper, FilamentData&
   return states;
 }
 
-TEST(FixedTimeStepMC, StartTakesTheFirstRunningSumAboveTheVariate) {
+TEST_F(Stepper, StartTakesTheFirstRunningSumAboveTheVariate) {
   RateModel const slow(6, {1, 2, 3}, cycle);
   RateModel const protein_c(5, {1});
-  FixedTimeStepMC const stepper(slow, slow, 1.0, &protein_c);
+  FixedTimeStepMC const stepper(slow, slow, &protein_c);
   FilamentData data;
   data.heads.assign(4, {1, 0, 0, unbound, unbound, 0, 0, 0});
   data.heads[1].model_index = 1;
@@ -258,12 +263,12 @@ TEST(FixedTimeStepMC, StartTakesTheFirstRunningSumAboveTheVariate) {
   EXPECT_EQ(first_states(stepper, data), (std::vector<unsigned>{0, 4, 0, 0}));
   EXPECT_EQ(read_file("detached_states_init.csv"), "State 1,State 5,State 6\n1,2,1,\n3,1,0,\n");
   RateModel const four_is_bound(6, {4});
-  FixedTimeStepMC const third(slow, slow, 1.0, &four_is_bound);
+  FixedTimeStepMC const third(slow, slow, &four_is_bound);
   ScriptedRand::script({0.9, 0.7, 0.0, 0.9});
   EXPECT_EQ(first_states(third, data), (std::vector<unsigned>{5, 0, 0, 5}));
   // A single detached state draws too. No running sum lies above 1: that head keeps its state.
   RateModel const single(3, {0, 2});
-  FixedTimeStepMC const other(single, single, 1.0, nullptr);
+  FixedTimeStepMC const other(single, single, nullptr);
   data.heads.assign(3, {1, 0, 2, unbound, unbound, 0, 0, 0});
   ScriptedRand::script({0.0, 1.0 - one_step, 1.0});
   EXPECT_EQ(first_states(other, data), (std::vector<unsigned>{1, 1, 2}));

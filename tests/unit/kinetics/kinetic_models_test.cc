@@ -6,6 +6,7 @@
 
 #include <cmath>
 
+#include "base/run_state.h"
 #include "kinetics/model_util.h"
 #include "records/filament_data.h"
 #include "support/expect_refusal.h"
@@ -222,9 +223,10 @@ TEST(KineticModels, CalciumEmptiesTheParkedStateOfVornInTheTimeOfTheFirstRow) {
   // The floor 10, and 490 above it times a share of 0 without calcium and 1/2 at ca_50 = 1e-6.
   std::pair<double, double> const shares[] = {{0, 0}, {0.5, 0.5}, {0.25, 1 / 9.0}, {1.5, 8 / 9.0}};
   for (auto const& [time, share] : shares) {
-    model->set_time_step(time);
+    timeForAll = time;
     EXPECT_NEAR(model->get_k(4.0, 5, 0), 10.0 + 490.0 * share, 1e-9) << time;
   }
+  timeForAll = 0.0;
   write_file("ca_protocol.dat", "0 1 0 0 -1e-7\n");
   expect_refusal([&] { read_model("Vorn", spring, {"vorn: b_param = 0.5"})->get_k(0.0, 5, 0); },
                  "ca_protocol.dat: the calcium concentration at time 0");
