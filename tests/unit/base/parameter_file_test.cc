@@ -3,9 +3,8 @@
 
 #include "base/parameter_file.h"
 
-#include <gtest/gtest.h>
-
 #include "control/mcModelParameters.h"
+#include "support/expect_refusal.h"
 #include "support/work_dir.h"
 
 namespace {
@@ -68,11 +67,11 @@ TEST(ParameterFile, RefusesWhatItCannotTake) {
       {garbage, "mc\\.prm"}};
   for (auto const& [text, message] : cases) {
     write_file("mc.prm", text);
-    EXPECT_EXIT(Component("mc.prm"), testing::ExitedWithCode(1), message) << text;
+    expect_refusal([] { Component("mc.prm"); }, message);
   }
-  EXPECT_EXIT(Component(std::string(300, 'm')), testing::ExitedWithCode(1), "mmm: can't be read");
+  expect_refusal([] { Component(std::string(300, 'm')); }, "mmm: can't be read");
   fs::create_directory("folder.prm");
-  EXPECT_EXIT(Component("folder.prm"), testing::ExitedWithCode(1), "folder\\.prm.*directory");
+  expect_refusal([] { Component("folder.prm"); }, "folder\\.prm.*directory");
 }
 
 }  // namespace

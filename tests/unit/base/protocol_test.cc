@@ -3,11 +3,10 @@
 
 #include "base/protocol.h"
 
-#include <gtest/gtest.h>
-
 #include <cmath>
 #include <tuple>
 
+#include "support/expect_refusal.h"
 #include "support/work_dir.h"
 
 namespace {
@@ -49,6 +48,8 @@ TEST(Protocol, EveryLawFollowsItsClosedForm) {
       {twitch, 1.0, 3.0},
       {twitch, 1.0 + 0.2 * std::log(2.0), 11.0},
       {twitch, 1.0 + 0.2 * std::log(4.0), 9.0},
+      // Time constants 3 and 1: y^(1/3) - y has its peak 2 / (3 sqrt(3)) where y^(2/3) = 1/3.
+      {"1 0.1 0 3 3 1 8 3", 1.0 + 1.5 * std::log(3.0), 11.0},
       {log_normal, 0.1, 7.5},
       {log_normal, 0.01, 15.0 * std::exp(-0.5)},
       {table, 2.0, 3.0},
@@ -62,14 +63,6 @@ TEST(Protocol, EveryLawFollowsItsClosedForm) {
     EXPECT_NEAR(value_at(protocol, time), expected, 1e-13 * (1.0 + std::abs(expected)))
         << row << " at " << time;
   }
-}
-
-TEST(Protocol, TwitchPeaksWhereItsTwoExponentialsBalance) {
-  Protocol const protocol = make_protocol("0 1 0 0 0\n");
-  EXPECT_NEAR(protocol.get_twitch_peak(0.2, 0.1), 0.25, 1e-15);
-  EXPECT_NEAR(protocol.get_twitch(0.2 * std::log(4.0), 0.2, 0.1), 3.0 / 16.0, 1e-15);
-  // Time constants 3 and 1: y^(1/3) - y has its peak where y^(2/3) = 1/3.
-  EXPECT_NEAR(protocol.get_twitch_peak(3.0, 1.0), 2.0 / 3.0 / std::sqrt(3.0), 1e-15);
 }
 
 TEST(Protocol, LogNormalIsZeroAtFirstAndEveryValueHasItsRowAtOnce) {
@@ -143,21 +136,15 @@ TEST(Protocol, TableEndsTheRunByItself) {
   EXPECT_EQ(next_row(protocol, 3.0 + 0.9e-7), end_message + "end");
   EXPECT_EQ(next_row(protocol, 3.0 + 1.1e-7), "on");
   protocol.refuse_missed_end(3.0 + 0.9e-7);
-  EXPECT_EXIT(protocol.refuse_missed_end(3.1), testing::ExitedWithCode(1), "table.dat.*3\\.1");
+  expect_refusal([&] { protocol.refuse_missed_end(3.1); }, "table.dat.*3\\.1");
 }
 
 TEST(Protocol, ListsTheRowsThatHaveAFormat) {
   write_file("table.dat", "0 1\n3 4\n");
-  Protocol const protocol = make_protocol(
-      "0 0.5 0 0 1.25\n1 0.5 1 1 2 3\n2 0.5 0 2 1 2 3 4\n3 0.5 0 3 1 2 3 4\n4 0.5 1 4 2 -7\n"
-      "5 0.5 0 5 1 2 3 4\n6 0.5 0 999 table.dat\n7 0.5 0 77\n");
-  std::string const first_rows =
-      "0.00 0.50 0 0 1.25 \n1.00 0.50 1 1 2.00 3.00 \n2.00 0.50 0 2 1.00 2.00 3.00 4.00 \n"
-      "4.00 0.50 1 4 2.00 -7.00 \n";
-  protocol.WriteToTaveloOutput();
-  EXPECT_EQ(listing_text(), first_rows + "table.dat \n\n");
-  protocol.write_protocol("copy.dat");
-  EXPECT_EQ(read_file("copy.dat"), first_rows);
+  make_protocol("0 0.5 0 2 1 2 3 4\n3 0.5 0 3 1 2 3 4\n4 0.5 1 4 2 -7\n6 0.5 0 999 table.dat\n")
+      .WriteToTaveloOutput();
+  EXPECT_EQ(listing_text(),
+            "0.00 0.50 0 2 1.00 2.00 3.00 4.00 \n4.00 0.50 1 4 2.00 -7.00 \ntable.dat \n\n");
 }
 
 TEST(Protocol, RefusesRowsThatItCannotUse) {
@@ -182,9 +169,9 @@ TEST(Protocol, RefusesRowsThatItCannotUse) {
   write_file("words.dat", "0 1\n3 four\n");
   write_file("flat.dat", "0 1\n1 2\n1 3\n");
   for (auto const& [rows, message] : cases) {
-    EXPECT_EXIT(make_protocol(rows), testing::ExitedWithCode(1), message) << rows;
+    expect_refusal([&, &text = rows] { make_protocol(text); }, message);
   }
-  EXPECT_EXIT(Protocol("none.dat"), testing::ExitedWithCode(1), "none\\.dat");
+  expect_refusal([] { Protocol("none.dat"); }, "none\\.dat: can't be read");
 }
 
 TEST(Protocol, NeedsAnEndWhenItDrivesTheRun) {
@@ -192,7 +179,7 @@ TEST(Protocol, NeedsAnEndWhenItDrivesTheRun) {
   make_protocol("0 0.1 0 999 table.dat\n").require_end();
   make_protocol("0 0.1 0 0 1\n0 0.1 0 0 1\n").require_end();
   Protocol const single = make_protocol("0 0.1 0 0 1\n");
-  EXPECT_EXIT(single.require_end(), testing::ExitedWithCode(1), "protocol\\.dat: .*rows is '1'");
+  expect_refusal([&] { single.require_end(); }, "protocol\\.dat: .*rows is '1'");
 }
 
 }  // namespace
