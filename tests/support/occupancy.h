@@ -1,50 +1,38 @@
 #pragma once
 /// Stationary occupancies of a scheme of states: what its rates demand, and what its draws give.
 
+#include <deal.II/lac/full_matrix.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
-#include <utility>
 #include <vector>
 
-/// Null vector of the rate matrix, with sum 1, over the states that can be reached from 0; by
-/// Gauss-Jordan elimination.
+/// Occupancies that a walk from state 0 ends with: chances of a short step, then of twice as long a
+/// walk, again and again.
 template <class Rate>
 std::vector<double> stationary_occupancy(unsigned n, Rate rate) {
-  std::vector<unsigned> reached = {0};
-  std::vector<bool> is_reached(n, false);
-  is_reached[0] = true;
-  for (std::size_t i = 0; i < reached.size(); ++i) {
+  dealii::FullMatrix<double> chance(n, n), twice(n, n);  // [to][from]
+  double fastest = 0.0;
+  for (unsigned i = 0; i < n * n; ++i) fastest = std::max(fastest, rate(i / n, i % n));
+  for (unsigned from = 0; from < n; ++from) {
+    chance(from, from) = 1.0;
     for (unsigned to = 0; to < n; ++to) {
-      if (is_reached[to] || !(rate(reached[i], to) > 0.0)) continue;
-      is_reached[to] = true;
-      reached.push_back(to);
+      if (to == from) continue;
+      chance(to, from) = rate(from, to) / (n * fastest);
+      chance(from, from) -= chance(to, from);
     }
   }
-  std::size_t const m = reached.size();
-  // Balance of each state, in place of the last one the sum; the right-hand side in column m.
-  std::vector<std::vector<double>> a(m, std::vector<double>(m + 1, 0.0));
-  for (std::size_t i = 0; i < m; ++i) {
-    for (std::size_t j = 0; j < m; ++j) {
-      double const k = rate(reached[j], reached[i]);
-      a[i][j] += k;
-      a[j][j] -= k;
+  for (int doublings = 0; doublings < 60; ++doublings) {
+    chance.mmult(twice, chance);
+    for (unsigned from = 0; from < n; ++from) {
+      double sum = 0.0;  // 1 but for rounding, which doubles too
+      for (unsigned to = 0; to < n; ++to) sum += twice(to, from);
+      for (unsigned to = 0; to < n; ++to) chance(to, from) = twice(to, from) / sum;
     }
   }
-  a[m - 1].assign(m + 1, 1.0);
-  for (std::size_t c = 0; c < m; ++c) {
-    std::size_t pivot = c;
-    for (std::size_t i = c; i < m; ++i) {
-      if (std::abs(a[i][c]) > std::abs(a[pivot][c])) pivot = i;
-    }
-    std::swap(a[c], a[pivot]);
-    for (std::size_t i = 0; i < m; ++i) {
-      double const f = i == c ? 0.0 : a[i][c] / a[c][c];
-      for (std::size_t j = 0; j <= m && f != 0.0; ++j) a[i][j] -= f * a[c][j];
-    }
-  }
-  std::vector<double> occupancy(n, 0.0);
-  for (std::size_t i = 0; i < m; ++i) occupancy[reached[i]] = a[i][m] / a[i][i];
+  std::vector<double> occupancy(n);
+  for (unsigned s = 0; s < n; ++s) occupancy[s] = chance(s, 0);
   return occupancy;
 }
 

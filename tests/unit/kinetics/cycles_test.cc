@@ -3,9 +3,7 @@
 // strain, binding that saturates or widens wrongly, a rescaling where there is nothing to rescale,
 // tables over the strain that end early or name other columns.
 
-#include <algorithm>
 #include <cmath>
-#include <functional>
 #include <sstream>
 #include <utility>
 
@@ -169,54 +167,38 @@ TEST(Cycles, BindingIsRescaledOnlyWhereAHeadReachesSeveralSites) {
   }
 }
 
-std::vector<double> numbers_of(std::string line) {
-  std::replace(line.begin(), line.end(), ',', ' ');
-  std::istringstream words(line);
-  std::vector<double> numbers;
-  for (double number; words >> number;) numbers.push_back(number);
-  return numbers;
-}
-
-/// A line for each 0.01 nm from -10 to 10 nm, behind `first` lines; `expected` gives its columns.
-void expect_table(std::string const& file, std::size_t first, std::size_t n_columns,
-                  std::function<double(double x, std::size_t column)> const& expected) {
+/// The strain and what else stands in its row of a file, which ends with rows from -10 to 10 nm.
+void expect_row(std::string const& file, std::size_t n_lines, double x, std::vector<double> row) {
   std::vector<std::string> const lines = read_lines(file);
-  ASSERT_EQ(lines.size(), first + 2001) << file;
-  EXPECT_EQ(numbers_of(lines[first]).at(0), -10.0) << file;
-  EXPECT_EQ(numbers_of(lines.back()).at(0), 10.0) << file;
-  for (int const row : {500, 1005}) {
-    std::vector<double> const numbers = numbers_of(lines[first + static_cast<unsigned>(row)]);
-    ASSERT_EQ(numbers.size(), 1 + n_columns) << file;
-    EXPECT_NEAR(numbers[0], -10.0 + 0.01 * row, 1e-7) << file;
-    for (std::size_t i = 0; i < n_columns; ++i) {
-      double const value = expected(-10.0 + 0.01 * row, i);
-      EXPECT_NEAR(numbers[i + 1], value, 1e-6 * (1.0 + std::abs(value))) << file << ' ' << i;
-    }
+  ASSERT_EQ(lines.size(), n_lines) << file;
+  row.insert(row.begin(), x);
+  std::istringstream cells(lines[n_lines - 1001 + static_cast<std::size_t>(x * 100.0)]);
+  std::string cell;
+  for (double const value : row) {
+    std::getline(cells, cell, ',');
+    EXPECT_NEAR(std::stod(cell), value, 1e-6 * (1.0 + std::abs(value))) << file;
   }
+  EXPECT_FALSE(std::getline(cells, cell, ',')) << file << cell;
 }
 
 TEST(Cycles, TabulateEnergiesAndRatesOverTheStrain) {
   if (Logger::model_vorn_rates) std::fclose(std::exchange(Logger::model_vorn_rates, nullptr));
   auto const vorn = make_model("Vorn", law);
-  std::pair<unsigned, unsigned> const pairs[] = {{0, 1}, {1, 0}, {1, 2}, {2, 1}};
-  expect_table("model_vorn_rates.csv", 0, 4, [&](double x, std::size_t i) {
-    return vorn->get_k(x, pairs[i].first, pairs[i].second);
-  });
   auto const fiber = make_model("BrekAtpaseFiber", law, {"brek_atpase_fiber: k_61 = 7"});
-  std::string heading = read_lines("rates.csv").at(0);
-  EXPECT_EQ(heading.substr(0, 25), "x[nm]/rates,0 -> 1,0 -> 7");
-  heading = heading.substr(heading.find(',') + 1);
-  std::replace(heading.begin(), heading.end(), '>', ' ');
-  std::replace(heading.begin(), heading.end(), '-', ' ');
-  std::vector<double> const named = numbers_of(heading);  // from, to, from, to ..
-  expect_table("rates.csv", 1, 18, [&](double x, std::size_t i) {
-    return fiber->get_k(x, static_cast<unsigned>(named.at(2 * i)),
-                        static_cast<unsigned>(named.at(2 * i + 1)));
-  });
-  expect_table("energy.csv", 1, 8, [&](double x, std::size_t s) {
-    double const released = s == 4 ? 24.0 : 0.0;
-    return s > 4 ? 0.0 : kBT * (balances[4].G(static_cast<unsigned>(s), x) + released);
-  });
+  EXPECT_EQ(read_lines("rates.csv").at(0).substr(0, 32), "x[nm]/rates,0 -> 1,0 -> 7,1 -> 0");
+  for (double const x : {0.0, 1.0}) {
+    auto const k = [&](unsigned from, unsigned to) { return vorn->get_k(x, from, to); };
+    expect_row("model_vorn_rates.csv", 2001, x, {k(0, 1), k(1, 0), k(1, 2), k(2, 1)});
+    std::vector<double> rates;
+    for (unsigned pair = 0; pair < 64; ++pair) {
+      if (!fiber->transitions[pair / 8][pair % 8]) continue;
+      rates.push_back(fiber->get_k(x, pair / 8, pair % 8));
+    }
+    expect_row("rates.csv", 2002, x, rates);
+    std::vector<double> energies(8, 0.0);
+    for (unsigned s = 1; s <= 4; ++s) energies[s] = kBT * (balances[4].G(s, x) + s / 4 * 24.0);
+    expect_row("energy.csv", 2002, x, energies);
+  }
 }
 
 }  // namespace

@@ -120,26 +120,11 @@ TEST(OutcomeScale, TieGoesToTheLowerOutcomeZeroStaysAndAFullScaleLeavesNoStaying
   EXPECT_EQ(picks(1.0, 3.0), "-aabbbb");
 }
 
-TEST_F(Stepper, OverfullScaleOfADetachedHeadIsReported) {
-  RateModel const model(2, {1}, {{{0, 1}, 4.0}, {{1, 0}, 4.0}});
-  FixedTimeStepMC const stepper(model, model, nullptr);
-  Bench detached, bound;
-  detached.candidates = {{1.0, 1, 1}};
-  bound.bind(1, 1, 1);
-  testing::internal::CaptureStdout();
-  EXPECT_EQ(detached.after(stepper, 1.0).state, 1u);
-  EXPECT_EQ(bound.after(stepper, 1.0).state, 0u);
-  currentTimeStep = 0.25;
-  EXPECT_EQ(detached.after(stepper, 1.0).state, 1u);  // full
-  EXPECT_EQ(testing::internal::GetCapturedStdout(),
-            "Internal Error!!!! Attach, Sum 4.000000e+00\n");
-}
-
 TEST_F(Stepper, WeightAndStepScaleTheProbabilityOfBinding) {
+  currentTimeStep = 0.5;
   RateModel model(2, {1}, [](double x, unsigned, unsigned, ActinSite_s const&) {
     return x == 0.0 ? 0.0 : 0.2 * x;  // 0.4 at the strain 2, below 0 at -6
   });
-  currentTimeStep = 0.5;
   FixedTimeStepMC const stepper(model, model, nullptr);
   Bench bench;
   EXPECT_EQ(bench.probability_to_move(stepper), 0.0);
@@ -151,6 +136,17 @@ TEST_F(Stepper, WeightAndStepScaleTheProbabilityOfBinding) {
   bench.candidates = {{0.0, 2, 1}, {1.0, 1, 2}, {1.0, 0, 1}, {-0.5, 1, 1}, {0.5, 1, 1}};
   EXPECT_NEAR(bench.probability_to_move(stepper), 0.05, one_step);
   EXPECT_EQ(bench.after(stepper, one_step).actin_site, 1u);
+  // More than there is on the scale of a detached head is reported.
+  testing::internal::CaptureStdout();
+  currentTimeStep = 5.0;
+  bench.after(stepper, 1.0);
+  currentTimeStep = 10.0;
+  bench.after(stepper, 1.0);
+  Bench bound = bench;
+  bound.bind(1, 1, 1);
+  bound.after(stepper, 1.0);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(),
+            "Internal Error!!!! Attach, Sum 2.000000e+00\n");
   model.transitions[0][1] = false;
   EXPECT_EQ(bench.probability_to_move(stepper), 0.0);
 }
@@ -183,16 +179,17 @@ TEST_F(Stepper, BondIsMadeAndBrokenAtBothEnds) {
 }
 
 TEST_F(Stepper, SiteActsOnSlowAndFastHeadsOfTheActiveStepperOnly) {
-  auto const law = [](double k) {
-    return [k](double x, unsigned from, unsigned to, ActinSite_s const& site) {
-      if (site.state == 1 || x != 2.0 || from + to != 1) return 0.0;
+  auto const law = [](double k, double elsewhere) {
+    return [=](double x, unsigned from, unsigned to, ActinSite_s const& site) {
+      if (from + to != 1) return elsewhere;
+      if (site.state == 1 || x != 2.0) return 0.0;
       return k * (from == 0 ? site.k_on_factor : site.k_off_factor);
     };
   };
-  // The links' model may have fewer or more states than that of the heads.
+  // The links' model may have fewer states than that of the heads, or more, which don't count.
   for (unsigned const n_states : {2, 4}) {
-    RateModel const slow(6 - n_states, {1}, law(0.2)), fast(6 - n_states, {1}, law(0.4));
-    RateModel const protein_c(n_states, {1}, law(0.6));
+    RateModel const slow(6 - n_states, {1}, law(0.2, 0.0)), fast(6 - n_states, {1}, law(0.4, 0.0));
+    RateModel const protein_c(n_states, {1}, law(0.6, 0.9));
     FixedTimeStepMC const plain(slow, fast, &protein_c);
     FixedTimeStepMCActiv const active(slow, fast, &protein_c);
     for (unsigned const kind : {0, 1, 2, 7}) {
@@ -205,13 +202,14 @@ TEST_F(Stepper, SiteActsOnSlowAndFastHeadsOfTheActiveStepperOnly) {
       Bench bound = detached;
       bound.bind(1, 1, 1);
       detached.candidates = {{1.0, 1, 1}};
+      bool const acts = kind < 2;
       EXPECT_NEAR(detached.probability_to_move(plain), k, one_step);
-      EXPECT_NEAR(bound.probability_to_move(plain), k, one_step);
-      EXPECT_NEAR(detached.probability_to_move(active), kind < 2 ? 0.5 * k : k, one_step);
-      EXPECT_NEAR(bound.probability_to_move(active), kind < 2 ? 0.25 * k : k, one_step);
-      bound.data.sites[1][1].state = 1;
-      EXPECT_NEAR(bound.probability_to_move(plain), k, one_step);
-      EXPECT_NEAR(bound.probability_to_move(active), kind < 2 ? 0.0 : k, one_step);
+      EXPECT_NEAR(detached.probability_to_move(active), acts ? 0.5 * k : k, one_step);
+      for (unsigned const state : {0, 1}) {
+        bound.data.sites[1][1].state = state;
+        EXPECT_NEAR(bound.probability_to_move(plain), k, one_step);
+        EXPECT_NEAR(bound.probability_to_move(active), acts ? (1 - state) * 0.25 * k : k, one_step);
+      }
     }
   }
 }

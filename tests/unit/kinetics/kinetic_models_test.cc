@@ -16,12 +16,6 @@ namespace {
 
 using Settings = std::vector<std::string>;
 
-struct Rate {
-  double x;
-  unsigned from, to;
-  double k;
-};
-
 std::string pair_name(unsigned from, unsigned to) {
   return std::to_string(from) + std::to_string(to);
 }
@@ -103,45 +97,29 @@ TEST(KineticModels, MoveTheirLeversInTheStatesBehindAStroke) {
 }
 
 TEST(KineticModels, RatesAreClosedFormsOfTheStrain) {
+  Settings const huxley = {"huxley: f1 = 40", "huxley: g1 = 10", "huxley: g2 = 200",
+                           "huxley: g3 = 3", "huxley: h = 5"};  // one site in reach: f1 as read
+  Settings const link = {"huxley: f = 40", "huxley: g0 = 3", "huxley: g1 = 10", "huxley: h = 8"};
+  Settings const rombel = {"rombel: k_bind = 300", "rombel: kBT = 4"};  // 300 over all strains
+  double const thermal = 300 * std::sqrt(1.25 / (8 * M_PI)) * std::exp(-0.625);
   struct {
     char const* model;
-    Settings settings;
-    std::vector<Rate> rates;
+    Settings const& settings;
+    unsigned from, to;
+    std::vector<std::pair<double, double>> rates;  // strain, rate
   } const cases[] = {
-      {"Huxley",
-       {"huxley: f1 = 40", "huxley: g1 = 10", "huxley: g2 = 200", "huxley: g3 = 3",
-        "huxley: h = 5"},
-       {{-0.1, 0, 1, 0},  // h is at most one site spacing: f1 is not rescaled
-        {0, 0, 1, 0},
-        {2.5, 0, 1, 20},
-        {5, 0, 1, 0},
-        {-7, 1, 0, 200},
-        {0, 1, 0, 0},
-        {2.5, 1, 0, 5},
-        {5, 1, 0, 30},  // the g3 branch from h on
-        {10, 1, 0, 60}}},
-      {"HuxleyMyBPC",
-       {"huxley: f = 40", "huxley: g0 = 3", "huxley: g1 = 10", "huxley: h = 8"},
-       {{0, 0, 1, 40},
-        {7.999, 0, 1, 40},
-        {-7.999, 0, 1, 40},
-        {8, 0, 1, 0},
-        {-8, 0, 1, 0},
-        {4, 1, 0, 8},
-        {-4, 1, 0, 8},
-        {-16, 1, 0, 23}}},
-      {"Rombel",
-       {"rombel: k_bind = 300", "rombel: kBT = 4"},
-       {{2, 0, 1, 300 * std::sqrt(1.25 / (8 * M_PI)) * std::exp(-0.625)},  // 300 over all strains
-        {std::log(5.0), 1, 2, 2000},
-        {0, 2, 0, 0},
-        {1.5, 2, 0, 3},
-        {-1.5, 2, 0, 150}}}};
+      {"Huxley", huxley, 0, 1, {{-0.1, 0}, {0, 0}, {2.5, 20}, {5, 0}}},
+      {"Huxley", huxley, 1, 0, {{-7, 200}, {0, 0}, {2.5, 5}, {5, 30}, {10, 60}}},  // g3 from h on
+      {"HuxleyMyBPC", link, 0, 1, {{0, 40}, {7.999, 40}, {-7.999, 40}, {8, 0}, {-8, 0}}},
+      {"HuxleyMyBPC", link, 1, 0, {{4, 8}, {-4, 8}, {-16, 23}}},
+      {"Rombel", rombel, 0, 1, {{2, thermal}, {-2, thermal}}},
+      {"Rombel", rombel, 1, 2, {{std::log(5.0), 2000}}},
+      {"Rombel", rombel, 2, 0, {{0, 0}, {1.5, 3}, {-1.5, 150}}}};
   Spring spring(1.25);
   for (auto const& c : cases) {
     auto const model = make_model(c.model, spring, c.settings);
-    for (auto const& [x, from, to, k] : c.rates) {
-      EXPECT_DOUBLE_EQ(model->get_k(x, from, to), k) << c.model << pair_name(from, to) << ' ' << x;
+    for (auto const& [x, k] : c.rates) {
+      EXPECT_DOUBLE_EQ(model->get_k(x, c.from, c.to), k) << c.model << c.from << c.to << ' ' << x;
     }
   }
 }

@@ -19,89 +19,69 @@ namespace {
 constexpr double kT = 4.0;
 constexpr double h = 3.5, hd = 4.5, hh = h + hd, ht = 1.5, ha = 0.75, hb = 0.5;
 
+constexpr double eta1 = 0.5, eta2 = 2.0, eta3 = 10.0, eta4 = 5.0, eta5 = 3.0;
+
 struct Binding {
   int a, b;
   double eta;
-  double lever;  ///< of the bound state
-  double reach_lever;
 };
 
-struct Stroke {
-  int a, b;
-  double lever, length;
-};
-
-struct Limit {
-  int state, to;
-  double lever_below, lever_above;
-};
+using Pairs = std::vector<std::pair<int, int>>;
 
 struct Scheme {
   std::string name;
   RateRoutine* routine;
-  bool is_one_sided;  ///< `ccm` holds under negative tension
+  bool is_one_sided;           ///< `ccm` holds under negative tension
+  std::vector<double> levers;  ///< of states 4 to 9
   std::vector<Binding> bindings;
-  std::vector<Stroke> strokes;
-  std::vector<Limit> limits;
+  Pairs strokes;  ///< each by the difference of the levers
+  Pairs limits;
   std::vector<std::vector<int>> cycles;
-  std::vector<std::pair<int, int>> others;  ///< further entries that are no constants
+  Pairs others;  ///< further entries that are no constants
+
+  double lever(int state) const { return levers[state - 4]; }
+  /// From state 3 the reach of C5 is that of the state behind the one it binds to.
+  double reach_lever(int a, int b) const {
+    return lever(name == "C5" && a == 3 && b > 4 ? b + 1 : b);
+  }
 };
 
-constexpr double eta1 = 0.5, eta2 = 2.0, eta3 = 10.0, eta4 = 5.0, eta5 = 3.0;
+Scheme const c3 = {"C3",
+                   xratesc_,
+                   false,
+                   {0, h, h, hh, hh, 0},
+                   {{1, 9, eta1}, {3, 4, eta3}, {2, 6, eta2}, {2, 8, eta2}},
+                   {{4, 5}, {5, 7}, {6, 8}},
+                   {{4, 3}, {5, 3}, {6, 2}, {7, 3}, {8, 2}, {9, 1}},
+                   {{5, 7, 8, 6}, {2, 6, 8}, {1, 9, 4, 3}},
+                   {{8, 1}, {5, 3}, {7, 3}}};
 
-std::vector<Binding> const bindings_c3 = {
-    {1, 9, eta1, 0, 0}, {3, 4, eta3, 0, 0}, {2, 6, eta2, h, h}, {2, 8, eta2, hh, hh}};
-std::vector<Stroke> const strokes_c3 = {{4, 5, 0, h}, {5, 7, h, hd}, {6, 8, h, hd}};
-std::vector<Limit> const limits_c3 = {{4, 3, 0, 0},   {5, 3, h, h},   {6, 2, h, h},
-                                      {7, 3, hh, hh}, {8, 2, hh, hh}, {9, 1, 0, 0}};
+Scheme const c4 = {"C4",      xratesc4_,   false,
+                   c3.levers, c3.bindings, c3.strokes,
+                   c3.limits, c3.cycles,   {{8, 1}, {1, 8}, {5, 3}, {7, 3}}};
 
-std::vector<Scheme> const schemes = {
-    {"C3",
-     xratesc_,
-     false,
-     bindings_c3,
-     strokes_c3,
-     limits_c3,
-     {{5, 7, 8, 6}, {2, 6, 8}, {1, 9, 4, 3}},
-     {{8, 1}}},
-    {"C4",
-     xratesc4_,
-     false,
-     bindings_c3,
-     strokes_c3,
-     limits_c3,
-     {{5, 7, 8, 6}, {2, 6, 8}, {1, 9, 4, 3}},
-     {{8, 1}, {1, 8}}},
-    {"C5",
-     xratesc5_,
-     true,
-     {{1, 9, eta1, 0, 0},
-      {3, 4, eta3, 0, 0},
-      {2, 6, eta2, h + ha, h + ha},
-      {2, 8, eta2, hh + hb, hh + hb},
-      {3, 5, eta3, h, h + ha},
-      {3, 7, eta3, hh, hh + hb}},
-     {{4, 5, 0, h}, {5, 7, h, hd}, {6, 8, h + ha, hd + hb - ha}, {5, 6, h, ha}, {7, 8, hh, hb}},
-     {{4, 3, 0, 0},
-      {5, 3, h, h},
-      {6, 2, h + ha, h + ha},
-      {7, 3, hh, hh},
-      {8, 2, hh, hh + hb},
-      {9, 1, 0, 0}},
-     {{3, 4, 5, 7}, {2, 6, 5, 4, 3}, {1, 9, 4, 3}, {5, 6, 8, 7}, {3, 5, 6, 2}},
-     {{8, 1}, {1, 8}}},
-    {"C7",
-     xratesc7_,
-     true,
-     {{1, 9, eta1, 0, 0},
-      {2, 8, eta2, hh, hh},
-      {3, 7, eta3, hh, hh},
-      {4, 5, eta4, 0, 0},
-      {3, 6, eta3, h, h}},
-     {{5, 6, 0, h}, {6, 7, h, hd}},
-     {{5, 4, 0, 0}, {6, 3, h, h}, {7, 3, hh, hh}, {8, 2, hh, hh}, {9, 1, 0, 0}},
-     {{3, 4, 5, 6}, {3, 6, 7}, {2, 8, 7, 3}, {1, 8, 2, 3}},
-     {{7, 8}, {8, 7}, {8, 1}, {1, 8}}}};
+Scheme const c5 = {
+    "C5",
+    xratesc5_,
+    true,
+    {0, h, h + ha, hh, hh + hb, 0},
+    {{1, 9, eta1}, {3, 4, eta3}, {2, 6, eta2}, {2, 8, eta2}, {3, 5, eta3}, {3, 7, eta3}},
+    {{4, 5}, {5, 7}, {6, 8}, {5, 6}, {7, 8}},
+    c3.limits,
+    {{3, 4, 5, 7}, {2, 6, 5, 4, 3}, {1, 9, 4, 3}, {5, 6, 8, 7}, {3, 5, 6, 2}},
+    {{8, 1}, {1, 8}}};
+
+Scheme const c7 = {"C7",
+                   xratesc7_,
+                   true,
+                   {0, 0, h, hh, hh, 0},
+                   {{1, 9, eta1}, {2, 8, eta2}, {3, 7, eta3}, {4, 5, eta4}, {3, 6, eta3}},
+                   {{5, 6}, {6, 7}},
+                   {{5, 4}, {6, 3}, {7, 3}, {8, 2}, {9, 1}},
+                   {{3, 4, 5, 6}, {3, 6, 7}, {2, 8, 7, 3}, {1, 8, 2, 3}},
+                   {{7, 8}, {8, 7}, {8, 1}, {1, 8}}};
+
+std::vector<Scheme> const schemes = {c3, c4, c5, c7};
 
 /// Nothing limits: no range, no cap, no slow step at the end of the cycle.
 RateBlock_s free_block() {
@@ -158,23 +138,21 @@ TEST(RateIntegrals, BindingFollowsLoadEnergySaturationAndReach) {
   for (Scheme const& scheme : schemes) {
     for (double const x : strains) {
       Rates const rate(scheme, b, x, 6.0);
-      for (auto const& [s0, s1, eta, lever, reach_lever] : scheme.bindings) {
-        double const t = b.K * (x + lever);
+      for (auto const& [s0, s1, eta] : scheme.bindings) {
+        double const p = x + scheme.lever(s1), t = b.K * p;
         double const c = scheme.is_one_sided && t < 0.0 ? b.ccm[s1 - 1] : b.cc[s1 - 1];
-        double const release =
-            constant(s1, s0) * std::exp(c * std::abs(t) / kT) * (eta + 1.0) /
-            (eta * std::exp((c * std::abs(t) - energy(b, x + lever)) / kT) + 1.0);
+        double const release = constant(s1, s0) * std::exp(c * std::abs(t) / kT) * (eta + 1.0) /
+                               (eta * std::exp((c * std::abs(t) - energy(b, p)) / kT) + 1.0);
         // Detailed balance with the spring's energy, whatever load and saturation do.
-        double const binding = std::abs(x + reach_lever) > 6.0
-                                   ? 0.0
-                                   : release * constant(s0, s1) / constant(s1, s0) *
-                                         std::exp(-energy(b, x + lever) / kT);
+        bool const in_reach = std::abs(x + scheme.reach_lever(s0, s1)) <= 6.0;
+        double const binding = release * constant(s0, s1) / constant(s1, s0) *
+                               (in_reach ? std::exp(-energy(b, p) / kT) : 0.0);
         EXPECT_NEAR(rate(s1, s0), release, 1e-12 * release) << scheme.name << s0 << s1 << ' ' << x;
         EXPECT_NEAR(rate(s0, s1), binding, 1e-12 * binding) << scheme.name << s0 << s1 << ' ' << x;
       }
     }
   }
-  for (Scheme const& scheme : {schemes[0], schemes[1]}) {
+  for (Scheme const& scheme : {c3, c4}) {
     for (int const s : {5, 7}) {  // release alone
       double const t = b.K * (1.0 + (s == 5 ? h : hh));
       EXPECT_NEAR(Rates(scheme, b, 1.0)(s, 3), constant(s, 3) * std::exp(b.cc[s - 1] * t / kT),
@@ -188,8 +166,8 @@ TEST(RateIntegrals, StrokesAreDiffusionOverTheBarrierOfTheSpring) {
   for (Scheme const& scheme : schemes) {
     for (double const x : strains) {
       Rates const rate(scheme, b, x);
-      for (auto const& [s0, s1, lever, length] : scheme.strokes) {
-        double const q = x + lever;
+      for (auto const& [s0, s1] : scheme.strokes) {
+        double const q = x + scheme.lever(s0), length = scheme.lever(s1) - scheme.lever(s0);
         double const there = constant(s0, s1) * over_barrier(b, q, length);
         double const back = constant(s1, s0) * over_barrier(b, q + length, -length);
         EXPECT_NEAR(rate(s0, s1) / there, 1.0, 1e-5) << scheme.name << s0 << s1 << ' ' << x;
@@ -220,11 +198,11 @@ TEST(RateIntegrals, LimitsReplaceTheReleaseBeyondARange) {
   RateBlock_s b = free_block();
   for (int i = 0; i < 9; ++i) b.dm[i] = 2.0 + 0.3 * i, b.dp[i] = 1.0 + 0.2 * i;
   for (Scheme const& scheme : schemes) {
-    bool const is_c7 = scheme.name == "C7";
-    for (auto const& [state, to, lever_below, lever_above] : scheme.limits) {
-      bool const by_size = scheme.name == "C5" && state == 9;
-      double const low = -b.dm[state - 1] - lever_below;
-      double const high = (by_size ? b.dm : b.dp)[state - 1] - lever_above;
+    bool const is_c5 = scheme.name == "C5", is_c7 = scheme.name == "C7";
+    for (auto const& [state, to] : scheme.limits) {
+      bool const by_size = is_c5 && state == 9;
+      double const low = -b.dm[state - 1] - scheme.lever(is_c5 && state == 8 ? 7 : state);
+      double const high = (by_size ? b.dm : b.dp)[state - 1] - scheme.lever(state);
       double const below = is_c7 ? b.gm[state - 1] : b.gmax;
       double const above = is_c7 ? b.gp[state - 1] : b.gmax;
       EXPECT_EQ(Rates(scheme, b, low - 1e-9)(state, to), below) << scheme.name << state;
@@ -252,11 +230,8 @@ TEST(RateIntegrals, CapHoldsEveryRate) {
 TEST(RateIntegrals, WhatNoLawNamesKeepsItsConstant) {
   for (Scheme const& scheme : schemes) {
     std::set<std::pair<int, int>> named(scheme.others.begin(), scheme.others.end());
-    for (auto const& [s0, s1, eta, lever, reach] : scheme.bindings) {
-      named.insert({{s0, s1}, {s1, s0}});
-    }
-    for (auto const& [s0, s1, lever, length] : scheme.strokes) named.insert({{s0, s1}, {s1, s0}});
-    if (!scheme.is_one_sided) named.insert({{5, 3}, {7, 3}});
+    for (auto const& [s0, s1, eta] : scheme.bindings) named.insert({{s0, s1}, {s1, s0}});
+    for (auto const& [s0, s1] : scheme.strokes) named.insert({{s0, s1}, {s1, s0}});
     Rates const rate(scheme, free_block(), 1.3);
     for (int i = 1; i <= 9; ++i) {
       for (int j = 1; j <= 9; ++j) {
@@ -273,10 +248,10 @@ TEST(RateIntegrals, EndOfTheCycle) {
   b.g1 = 300.0, b.g2 = 600.0, b.g3 = 400.0, b.lambda = 0.8;
   for (double const x : strains) {
     double const end = constant(8, 1) * over_barrier(b, x + hh, ht);
-    EXPECT_NEAR(Rates(schemes[0], b, x)(8, 1) / end, 1.0, 1e-5);
-    EXPECT_EQ(Rates(schemes[0], b, x)(1, 8), constant(1, 8));
+    EXPECT_NEAR(Rates(c3, b, x)(8, 1) / end, 1.0, 1e-5);
+    EXPECT_EQ(Rates(c3, b, x)(1, 8), constant(1, 8));
 
-    for (Scheme const& scheme : {schemes[1], schemes[2]}) {
+    for (Scheme const& scheme : {c4, c5}) {
       bool const is_c4 = scheme.name == "C4";
       double const q = x + hh + (is_c4 ? 0.0 : hb);
       double const s = constant(8, 1) * over_barrier(b, q, ht);
@@ -296,7 +271,6 @@ TEST(RateIntegrals, EndOfTheCycle) {
 }
 
 TEST(RateIntegrals, EndOfTheCycleOfC7SaturatesAtItsOwnBarrier) {
-  Scheme const& c7 = schemes[3];
   double const x = -6.5;
   RateBlock_s b = free_block();
   double const energy_8 = energy(b, x + hh);
