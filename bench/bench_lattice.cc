@@ -4,6 +4,7 @@
 #include <fstream>
 
 #include "base/run_state.h"
+#include "base/uniform_variate.h"
 #include "elastic/create_law.h"
 #include "kinetics/fixed_dt_mc.h"
 #include "kinetics/model.h"
@@ -44,7 +45,7 @@ BenchLattice::BenchLattice(unsigned n_filaments, std::string const& name,
   if (!std::freopen("stdout.txt", "w", stdout)) std::abort();
   write_file((model_name + ".prm").c_str(), "");
   write_input();
-  std::srand(1);
+  seed_variates(1);
   currentTimeStep = dt;
   timeForAll = 1.0;  // beyond the time of the filtered diagnostics
   law = create_elastic_law("ConstantStiffness", "xb_");

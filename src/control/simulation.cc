@@ -2,13 +2,13 @@
 
 #include <cmath>
 #include <cstdio>
-#include <cstdlib>
 
 #include "base/diagnostics.h"
 #include "base/output_file.h"
 #include "base/parameter_file.h"
 #include "base/protocol.h"
 #include "base/run_state.h"
+#include "base/uniform_variate.h"
 #include "control/interruption.h"
 #include "control/run_directory.h"
 #include "elastic/create_law.h"
@@ -78,7 +78,7 @@ void SimParameter::get_parameters(dealii::ParameterHandler& handler) {
   numerics = global.text("numerics");
   xb_model = global.text("xb_model");
   random_seed = static_cast<std::uint32_t>(global.integer("random_seed"));
-  if (random_seed != 0) std::srand(random_seed);
+  if (random_seed != 0) seed_variates(random_seed);
 }
 
 void SimParameter::WriteToTaveloOutput() const {
@@ -96,6 +96,7 @@ void SimParameter::WriteToTaveloOutput() const {
 // Construction
 
 Simulation::Simulation() : parameters(simulation_file) {
+  require_numbers_of_rand(parameters.random_seed);
   create_models();
   macro_model = create_component<MacroModel>(
       parameters.numerics,

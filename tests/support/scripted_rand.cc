@@ -1,13 +1,14 @@
 #include "support/scripted_rand.h"
 
 #include <cmath>
+#include <cstdint>
 #include <cstdlib>
 #include <deque>
 #include <random>
 
 namespace {
 
-std::deque<int> scripted;
+std::deque<std::int32_t> scripted;
 unsigned n_draws = 0;
 std::vector<unsigned> seeds_set;
 std::mt19937 generator;
@@ -15,17 +16,21 @@ std::mt19937 generator;
 }  // namespace
 
 // These take the place of the C library's own in the whole test program.
-extern "C" int rand() noexcept {
+extern "C" int random_r(random_data*, std::int32_t* number) noexcept {
   ++n_draws;
-  if (scripted.empty()) return static_cast<int>(generator() >> 1);
-  int const number = scripted.front();
-  scripted.pop_front();
-  return number;
+  if (scripted.empty()) {
+    *number = static_cast<std::int32_t>(generator() >> 1);
+  } else {
+    *number = scripted.front();
+    scripted.pop_front();
+  }
+  return 0;
 }
 
-extern "C" void srand(unsigned seed) noexcept {
+extern "C" int srandom_r(unsigned seed, random_data*) noexcept {
   seeds_set.push_back(seed);
   generator.seed(seed);
+  return 0;
 }
 
 void ScriptedRand::reset() {
@@ -36,7 +41,8 @@ void ScriptedRand::reset() {
 }
 
 void ScriptedRand::script(std::vector<double> const& variates) {
-  for (double const u : variates) scripted.push_back(static_cast<int>(std::lround(u * RAND_MAX)));
+  for (double const u : variates)
+    scripted.push_back(static_cast<std::int32_t>(std::lround(u * RAND_MAX)));
 }
 
 std::size_t ScriptedRand::unused() { return scripted.size(); }
