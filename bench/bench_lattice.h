@@ -3,6 +3,7 @@
 /// lattice is named: Huxley heads with the parameters of examples/isometric, or heads of another
 /// model with its default parameters.
 
+#include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
@@ -16,6 +17,12 @@ class Geometry;
 class Model;
 class Sarcomer;
 class XB_Model;
+
+using Clock = std::chrono::steady_clock;
+
+inline double seconds_since(Clock::time_point start) {
+  return std::chrono::duration<double>(Clock::now() - start).count();
+}
 
 class BenchLattice {
  public:

@@ -18,7 +18,6 @@
 #include "lattice/geometry_tools.h"
 #include "mechanics/filament.h"
 #include "mechanics/sarcomer.h"
-#include "solver_clock.h"
 
 namespace {
 
@@ -155,22 +154,16 @@ void state_change(benchmark::State& state) {
 }
 BENCHMARK(state_change)->Unit(benchmark::kMicrosecond);
 
-/// Mesh, assembly, solves and results of one step; the share of the direct solver beside it.
+/// Mesh, assembly, solves and results of one step.
 void assemble_and_solve(benchmark::State& state) {
   BenchLattice& lattice = plateau(10);
-  double const solver_before = seconds_in_solver();
   for (auto _ : state) lattice.solve();
-  state.counters["in_solver"] =
-      benchmark::Counter(seconds_in_solver() - solver_before, benchmark::Counter::kAvgIterations);
 }
 BENCHMARK(assemble_and_solve)->Unit(benchmark::kMicrosecond);
 
 void whole_step(benchmark::State& state) {
   BenchLattice& lattice = plateau(static_cast<unsigned>(state.range(0)));
-  double const solver_before = seconds_in_solver();
   for (auto _ : state) lattice.step();
-  state.counters["in_solver"] =
-      benchmark::Counter(seconds_in_solver() - solver_before, benchmark::Counter::kAvgIterations);
   state.counters["per_filament"] = benchmark::Counter(
       static_cast<double>(state.range(0)) * static_cast<double>(state.iterations()),
       benchmark::Counter::kIsRate | benchmark::Counter::kInvert);

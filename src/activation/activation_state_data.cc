@@ -1,5 +1,7 @@
 #include "activation/activation_state_data.h"
 
+#include <algorithm>
+
 #include "records/filament_data.h"
 
 ActivationStateData::ActivationStateData(unsigned length)
@@ -36,6 +38,7 @@ void ActivationStateData::copy_to_filament(FilamentData& data,
     if (!is_inside(i, data)) continue;
     ActinSite_s& target = data.sites[fibre[i]][site[i]];
     target.k_on_factor = k_on_factor[i];
+    data.most_k_on_factor = std::max(data.most_k_on_factor, k_on_factor[i]);
     target.k_stroke_factor = k_stroke_factor[i];
     target.state = state_map[state[i]];
   }

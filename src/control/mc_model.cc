@@ -78,6 +78,7 @@ bool MCModel::displacement_iter(double time, double value, double& force) {
 }
 
 void MCModel::step(double time, Prescribed const& wanted) {
+  stepper->begin_step(geometry->reach());
   sarcomer->state_change(time, currentTimeStep);
   sarcomer->set_boundary_mode(of_lattice(wanted));
   sarcomer->assemble_and_solve(time, true);

@@ -1,6 +1,7 @@
 #include "kinetics/fixed_dt_mc.h"
 
 #include <algorithm>
+#include <cmath>
 #include <ostream>
 
 #include "base/logger.h"
@@ -9,6 +10,7 @@
 #include "kinetics/active_model.h"
 #include "kinetics/model_util.h"
 #include "kinetics/outcome_scale.h"
+#include "lattice/geometry.h"
 
 /// The scale of one draw, on the stack unless a head has very many candidates.
 struct FixedTimeStepMC::Outcomes : OutcomeScale<StateBin_s, 64> {};
@@ -89,11 +91,65 @@ void FixedTimeStepMC::initialize_filament(FilamentData& data) const {
 
 int FixedTimeStepMC::state_change(FilamentData& data, MyosinHead_s& head,
                                   std::vector<BindingSite_s> const& candidates) const {
+  move(uniform_variate(), data, head, candidates);
+  return 0;
+}
+
+int FixedTimeStepMC::state_change(FilamentData& data, MyosinHead_s& head, Geometry const& geometry,
+                                  std::vector<BindingSite_s>& candidates) const {
   double const u = uniform_variate();
+  if (surely_stays(u, data, head, geometry)) return 0;
+  candidates.clear();
+  bool const is_bound = models.of(head).attached[head.state];
+  if (!is_bound) geometry.get_binding_sites(data, head, candidates);
+  move(u, data, head, candidates);
+  return 0;
+}
+
+void FixedTimeStepMC::begin_step(double wanted_reach) {
+  reach = wanted_reach;
+  bounds = {find_bounds(models.slow), find_bounds(models.fast), find_bounds(models.protein_c)};
+}
+
+FixedTimeStepMC::ModelBounds FixedTimeStepMC::find_bounds(Model const* model) const {
+  if (!model) return {};
+  ModelBounds found(model->n_states());
+  for (unsigned from = 0; from < found.size(); ++from) {
+    found[from].at_site = model->rate_bound(from, reach);
+    if (model->attached[from]) continue;
+    for (unsigned to = 0; to < found.size(); ++to) {
+      bool const is_free = model->transitions[from][to] && !model->attached[to];
+      if (is_free) found[from].free += std::max(model->get_k(0.0, from, to), 0.0);
+    }
+  }
+  return found;
+}
+
+bool FixedTimeStepMC::surely_stays(double u, FilamentData const& data, MyosinHead_s const& head,
+                                   Geometry const& geometry) const {
+  ModelBounds const& of_model = bounds[static_cast<std::size_t>(head.kind())];
+  if (head.state >= of_model.size()) return false;
+  StateBounds const& state = of_model[head.state];
+  // The sums that a draw is held against carry rounding of their own.
+  constexpr double margin = 1.0 + 1e-9;
+  if (head.actin_site == unbound) {
+    double const factor = data.most_k_on_factor * data.most_k_on_factor;  // of weight and rate
+    double const at_sites = state.at_site * factor * geometry.weight_bound(data, head);
+    return u > currentTimeStep * (state.free + at_sites) * margin;
+  }
+  ActinSite_s const& site = data.sites[head.actin_fibre][head.actin_site];
+  double const factor = std::max({1.0, site.k_on_factor, site.k_stroke_factor, site.k_off_factor});
+  if (!(u > currentTimeStep * state.at_site * factor * margin)) return false;
+  double const x =
+      data.position[head.actin_fibre][head.actin_site] - data.position[head.fibre][head.node];
+  return std::abs(x) <= reach;
+}
+
+void FixedTimeStepMC::move(double u, FilamentData& data, MyosinHead_s& head,
+                           std::vector<BindingSite_s> const& candidates) const {
   unsigned const old_state = head.state;
-  bool const is_bound = models.of(head).attached[old_state];
   Outcomes outcomes;
-  if (is_bound) {
+  if (models.of(head).attached[old_state]) {
     collect_of_bound(data, head, outcomes);
   } else {
     collect_of_detached(data, head, candidates, outcomes);
@@ -102,7 +158,6 @@ int FixedTimeStepMC::state_change(FilamentData& data, MyosinHead_s& head,
   outcomes.close();
   if (StateBin_s const* const outcome = outcomes.pick(u)) carry_out(*outcome, data, head);
   if (head.state != old_state) ++transition_counts[old_state][head.state];
-  return 0;
 }
 
 double FixedTimeStepMC::rate(MyosinHead_s const& head, double x, unsigned to,

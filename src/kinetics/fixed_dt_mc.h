@@ -9,7 +9,9 @@
 ///
 /// Exactly one number of the random stream is used per head and step, whatever the head's state.
 
+#include <array>
 #include <iosfwd>
+#include <limits>
 #include <vector>
 
 #include "base/output_file.h"
@@ -17,6 +19,7 @@
 #include "records/filament_data.h"
 
 class ActiveModel;
+class Geometry;
 
 /// One possible outcome of a draw. `site` and `fibre` are `unbound` where it binds no site.
 struct StateBin_s {
@@ -47,6 +50,14 @@ class FixedTimeStepMC {
   virtual int state_change(FilamentData& data, MyosinHead_s& head,
                            std::vector<BindingSite_s> const& candidates) const;
 
+  /// The same with the lattice that offers the candidates. The draw comes first: a head that no
+  /// rate could move by it stays without a search. `candidates` is work space.
+  int state_change(FilamentData& data, MyosinHead_s& head, Geometry const& geometry,
+                   std::vector<BindingSite_s>& candidates) const;
+  /// Renews the bounds of all rates, which hold until the clock moves on; `reach` is that of the
+  /// heads [nm]. Before the first call every head is asked.
+  void begin_step(double reach);
+
   Model const* get_proteinC_model() const { return models.protein_c; }
 
   /// Makes the bond to the site that the head's `actin_site` and `actin_fibre` name.
@@ -63,7 +74,18 @@ class FixedTimeStepMC {
 
  private:
   struct Outcomes;
+  /// Bounds of the rates out of a state.
+  struct StateBounds {
+    double at_site = std::numeric_limits<double>::infinity();  ///< of those that a site acts on
+    double free = 0.0;                                         ///< of the others
+  };
+  using ModelBounds = std::vector<StateBounds>;
 
+  ModelBounds find_bounds(Model const* model) const;
+  bool surely_stays(double u, FilamentData const& data, MyosinHead_s const& head,
+                    Geometry const& geometry) const;
+  void move(double u, FilamentData& data, MyosinHead_s& head,
+            std::vector<BindingSite_s> const& candidates) const;
   double rate(MyosinHead_s const& head, double x, unsigned to, ActinSite_s const& site) const;
   void collect_of_detached(FilamentData const& data, MyosinHead_s const& head,
                            std::vector<BindingSite_s> const& candidates, Outcomes& outcomes) const;
@@ -74,6 +96,8 @@ class FixedTimeStepMC {
 
   HeadModels const models;
   unsigned const n_states;
+  double reach = 0.0;
+  std::array<ModelBounds, 3> bounds;  ///< by kind of head
   mutable std::vector<std::vector<unsigned>> transition_counts;
   OutputFile detached_states_file;
 };

@@ -1,5 +1,7 @@
 #include "kinetics/model.h"
 
+#include <limits>
+
 Model::Model(ModelParameter_s const& parameter, unsigned n)
     : n_states_(n),
       attached(std::make_unique<bool[]>(n)),
@@ -9,3 +11,5 @@ Model::Model(ModelParameter_s const& parameter, unsigned n)
 }
 
 double Model::power_stroke(unsigned) const { return 0.0; }
+
+double Model::rate_bound(unsigned, double) const { return std::numeric_limits<double>::infinity(); }

@@ -1,5 +1,6 @@
 #include "kinetics/model_huxley.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 
@@ -42,6 +43,11 @@ double ModelHuxley::get_k(double x, unsigned from, unsigned to, ActinSite_s cons
   if (from == 0 && to == 1) return binding_rate(x) * site.k_on_factor;
   if (from == 1 && to == 0) return detachment_rate(x) * site.k_off_factor;
   return 0.0;
+}
+
+double ModelHuxley::rate_bound(unsigned from, double reach) const {
+  if (from == 0) return f1;
+  return std::max({g2, g1, g1 * g3 / h * reach});
 }
 
 double ModelHuxley::binding_rate(double x) const { return x >= 0.0 && x < h ? f1 / h * x : 0.0; }

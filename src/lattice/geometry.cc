@@ -1,10 +1,22 @@
 #include "lattice/geometry.h"
 
+#include <limits>
+
 #include "base/parameter_file.h"
 #include "records/filament_data.h"
 
 void Geometry::get_binding_sites(FilamentData const&, MyosinHead_s const&,
                                  std::vector<BindingSite_s>&) const {}
+
+double Geometry::weight_bound(FilamentData const&, MyosinHead_s const&) const {
+  return std::numeric_limits<double>::infinity();
+}
+
+unsigned Geometry::most_sites_in_reach(double spacing) const {
+  // One site more than the gaps that fit; the margin covers the rounding of positions.
+  double const gaps = spacing > 0.0 ? 2.0 * xamax / spacing * (1.0 + 1e-9) : n_actin_nodes;
+  return gaps < n_actin_nodes ? static_cast<unsigned>(gaps) + 1 : n_actin_nodes;
+}
 
 void Geometry::n_actin_segments(unsigned, std::vector<unsigned>&) const {}
 

@@ -39,6 +39,15 @@ class Geometry {
   virtual void get_binding_sites(FilamentData const& data, MyosinHead_s const& head,
                                  std::vector<BindingSite_s>& candidates) const;
 
+  /// Upper bound of the sum of the weights that the head can be offered now, for sites whose
+  /// `k_on_factor` is at most 1; infinity where the lattice knows none.
+  virtual double weight_bound(FilamentData const& data, MyosinHead_s const& head) const;
+  /// Half width of a head's axial reach [nm].
+  double reach() const { return xamax; }
+  /// How many sites of a fibre fit into a head's reach when neighbours stand at least `spacing` nm
+  /// apart.
+  unsigned most_sites_in_reach(double spacing) const;
+
   /// Lays out fibres, nodes and heads of a new filament. Draws random numbers where heads or
   /// filament lengths are distributed.
   virtual void initialize_filament(FilamentData& data) const = 0;

@@ -106,6 +106,15 @@ void GeometryFlight::get_angles(unsigned head, unsigned crown, unsigned site, un
   }
 }
 
+double GeometryFlight::weight_bound(FilamentData const& data, MyosinHead_s const& head) const {
+  double sum = 0.0;
+  for (unsigned fibre = 1; fibre <= thin_filaments; ++fibre) {
+    sum +=
+        weights.most(head.number_in_crown(), head.crown_class(), fibre, data.most_sites_in_reach);
+  }
+  return sum;
+}
+
 void GeometryFlight::get_binding_sites(FilamentData const& data, MyosinHead_s const& head,
                                        std::vector<BindingSite_s>& candidates) const {
   candidates.reserve(20);

@@ -30,6 +30,7 @@ class GeometryFlight : public Geometry {
 
   void get_binding_sites(FilamentData const& data, MyosinHead_s const& head,
                          std::vector<BindingSite_s>& candidates) const override;
+  double weight_bound(FilamentData const& data, MyosinHead_s const& head) const override;
   void initialize_filament(FilamentData& data) const override;
 
   /// Places one head against a face, 0 or 1, of a site.

@@ -62,6 +62,10 @@ void GeometrySimple::initialize_filament(FilamentData& data) const {
   data.position = data.x;
 }
 
+double GeometrySimple::weight_bound(FilamentData const& data, MyosinHead_s const&) const {
+  return data.most_sites_in_reach;
+}
+
 void GeometrySimple::get_binding_sites(FilamentData const& data, MyosinHead_s const& head,
                                        std::vector<BindingSite_s>& candidates) const {
   candidates.reserve(20);

@@ -20,5 +20,6 @@ class GeometrySimple : public Geometry {
 
   void get_binding_sites(FilamentData const& data, MyosinHead_s const& head,
                          std::vector<BindingSite_s>& candidates) const override;
+  double weight_bound(FilamentData const& data, MyosinHead_s const& head) const override;
   void initialize_filament(FilamentData& data) const override;
 };

@@ -21,6 +21,9 @@ constexpr unsigned crown_classes = 3;
 constexpr unsigned heads_per_crown = 3;
 constexpr unsigned thin_filaments = 2;
 
+/// Heads of the first crown class see one thin filament only.
+unsigned last_seen_fibre(unsigned crown) { return crown == 0 ? 1 : thin_filaments; }
+
 /// Crowns that can carry protein-C: those of class 0 from the start position on.
 unsigned qualifying_crowns(unsigned n_crowns, unsigned start) {
   unsigned const first = (start + crown_classes - 1) / crown_classes;
@@ -189,14 +192,22 @@ void GeometryVertebrae::get_angles(unsigned head, unsigned crown, unsigned site,
   if (weight) out.push_back({*weight, site, fibre});
 }
 
+double GeometryVertebrae::weight_bound(FilamentData const& data, MyosinHead_s const& head) const {
+  unsigned const crown = head.crown_class();
+  double sum = 0.0;
+  for (unsigned fibre = 1; fibre <= last_seen_fibre(crown); ++fibre) {
+    sum += weights.most(head.number_in_crown(), crown, fibre, data.most_sites_in_reach);
+  }
+  return sum;
+}
+
 void GeometryVertebrae::get_binding_sites(FilamentData const& data, MyosinHead_s const& head,
                                           std::vector<BindingSite_s>& candidates) const {
   candidates.reserve(20);
   unsigned const crown = head.crown_class();
   unsigned const number = head.number_in_crown();
   double const centre = data.position[head.fibre][head.node];
-  unsigned const last_fibre = crown == 0 ? 1 : thin_filaments;
-  for (unsigned fibre = 1; fibre <= last_fibre; ++fibre) {
+  for (unsigned fibre = 1; fibre <= last_seen_fibre(crown); ++fibre) {
     auto [first, end] = axial_reach(data.position[fibre], centre, xamax);
     if (nebulinDeficiency != 0) {
       first = std::max(first, first_not_below(data.x[fibre], data.nebulin_limit[fibre - 1]));

@@ -2,6 +2,7 @@
 
 #include <deal.II/base/point.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 
@@ -46,7 +47,26 @@ StericWeights::StericWeights(Shape_s const& size, Look const& look, std::string 
     }
   }
   if (!(sum > 0.0)) stop(file_name + ": with these radii and distances no head can see any site");
-  for (auto& weights : tables) weights /= sum / count;
+  for (auto& weights : tables) {
+    weights /= sum / count;
+    window_sums.push_back(find_window_sums(weights));
+  }
+}
+
+std::valarray<double> StericWeights::find_window_sums(std::valarray<double> const& weights) const {
+  std::size_t const stride = entries_per_phase();
+  std::valarray<double> most(0.0, stride * (shape.phases + 1));
+  for (std::size_t i = 0; i < stride; ++i) {
+    for (unsigned first = 0; first < shape.phases; ++first) {
+      double sum = 0.0;
+      for (unsigned n = 1; n <= shape.phases; ++n) {
+        double const weight = weights[i + stride * ((first + n - 1) % shape.phases)];
+        sum += std::max(weight, 0.0);
+        most[i + stride * n] = std::max(most[i + stride * n], sum);
+      }
+    }
+  }
+  return most;
 }
 
 double StericWeights::of(unsigned head, unsigned crown, unsigned site, unsigned fibre) const {

@@ -47,6 +47,14 @@ class StericWeights {
   /// filament.
   double of(unsigned head, unsigned crown, unsigned site, unsigned fibre) const;
 
+  /// The largest sum of weights above 0 that any `n` neighbouring sites have for a head.
+  double most(unsigned head, unsigned crown, unsigned fibre, unsigned n) const {
+    auto const& sums = window_sums[fibre - 1];
+    std::size_t const i = head + shape.heads * crown;
+    return sums[entries_per_phase() * (n % shape.phases) + i] +
+           n / shape.phases * sums[entries_per_phase() * shape.phases + i];
+  }
+
   /// Calls `function(site, weight)` for those of the sites [first, end) that face the head, in
   /// ascending order. Most in reach don't, so this comes before a look at the site itself.
   template <class Function>
@@ -60,7 +68,10 @@ class StericWeights {
   }
 
   Shape_s shape = {};
-  std::vector<std::valarray<double>> tables;  ///< one for each thin filament, fibre 1 first
+  std::valarray<double> find_window_sums(std::valarray<double> const& weights) const;
+
+  std::vector<std::valarray<double>> tables;       ///< one for each thin filament, fibre 1 first
+  std::vector<std::valarray<double>> window_sums;  ///< likewise, by number of sites up to a period
 };
 
 template <class Function>

@@ -44,50 +44,19 @@ Boundary::Boundary(FilamentArray const& array, SeriesElasticElement const& eleme
 
 void Boundary::set_boundary_mode(Prescribed const& wanted) {
   prescribed = wanted;
-  if (is_length()) prescribed.value = wanted.value - see.displacement + see.initial_displacement;
+  if (wanted.is_length())
+    prescribed.value = wanted.value - see.displacement + see.initial_displacement;
 }
 
-Ends Boundary::create() const {
-  if (filaments.is_series()) {
-    return is_length() ? create_fibre_bnd_displacement() : create_fibre_bnd_force();
-  }
-  return is_length() ? create_bnd_displacement() : create_bnd_force();
-}
+Ends Boundary::create() const { return filaments.is_series() ? create_fibre_bnd() : create_bnd(); }
 
-Ends Boundary::create_bnd_displacement() const {
-  Ends ends = hold_half_sarcomere();
-  ends.held.push_back({see.outer_dof, prescribed.value});
-  return ends;
-}
-
-Ends Boundary::create_bnd_force() const {
-  Ends ends = hold_half_sarcomere();
-  ends.loads.push_back({see.outer_dof, prescribed.value});
-  return ends;
-}
-
-Ends Boundary::create_fibre_bnd_displacement() const {
-  std::vector<unsigned> near;
-  Ends ends = join_series(near);
-  for (unsigned const dof : near) ends.held.push_back({dof, prescribed.value});
-  return ends;
-}
-
-Ends Boundary::create_fibre_bnd_force() const {
-  std::vector<unsigned> near;
-  Ends ends = join_series(near);
-  ends.loads.push_back({near.front(), prescribed.value});
-  for (std::size_t i = 1; i < near.size(); ++i) ends.ties.push_back({near[i], near.front(), 1.0});
-  return ends;
-}
-
-Ends Boundary::hold_half_sarcomere() const {
-  Ends ends;
+Ends Boundary::create_bnd() const {
+  Ends ends{{}, {}, see.outer_dof, prescribed};
   unsigned const master = see.inner_dof();
   for (auto const& filament : filaments) {
     for (unsigned fibre = 0; fibre < filament->n_fibre(); ++fibre) {
       if (!is_actin(*filament, fibre)) {
-        ends.held.push_back({filament->get_bnd_dof(0, fibre), 0.0});
+        ends.held.push_back(filament->get_bnd_dof(0, fibre));
       } else if (unsigned const d = filament->get_bnd_dof(1, fibre); d != master) {
         ends.ties.push_back({d, master, 1.0});
       }
@@ -96,8 +65,8 @@ Ends Boundary::hold_half_sarcomere() const {
   return ends;
 }
 
-Ends Boundary::join_series(std::vector<unsigned>& near) const {
-  Ends ends;
+Ends Boundary::create_fibre_bnd() const {
+  Ends ends{{}, {}, see.inner_dof(), prescribed};
   unsigned const n_hs = filaments.series();
   if (filaments.size() % n_hs != 0) {
     std::printf("Number of half sarcomeres does not match the number of filaments in series!\n");
@@ -116,9 +85,9 @@ Ends Boundary::join_series(std::vector<unsigned>& near) const {
       }
       unsigned const d = filament.get_bnd_dof(1, fibre);
       if (pos == 0) {
-        near.push_back(d);
+        if (d != ends.driven) ends.ties.push_back({d, ends.driven, 1.0});
       } else if (pos == n_hs - 1) {
-        ends.held.push_back({d, 0.0});
+        ends.held.push_back(d);
       } else {
         junctions.join(is_mirrored ? pos : pos - 1, d, is_mirrored ? 1.0 : across_junction);
       }

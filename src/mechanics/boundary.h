@@ -15,24 +15,17 @@ class SeriesElasticElement;
 
 /// Conditions on degrees of freedom, for one solve.
 struct Ends {
-  struct Held {
-    unsigned dof;
-    double step;  ///< the displacement that it takes [nm]
-  };
-  /// The displacement of `dof` is `factor` times that of `to`, which is itself free.
+  /// The displacement of `dof` is `factor` times that of `to`, which is tied to nothing.
   struct Tie {
     unsigned dof;
     unsigned to;
     double factor;  ///< -1 across a junction, into a half-sarcomere that looks the other way
   };
-  struct Load {
-    unsigned dof;
-    double force;  ///< [pN]
-  };
 
-  std::vector<Held> held;
+  std::vector<unsigned> held;  ///< do not move
   std::vector<Tie> ties;
-  std::vector<Load> loads;
+  unsigned driven;        ///< where the prescribed length or force comes on
+  Prescribed prescribed;  ///< the step that `driven` takes [nm], or the force on it [pN]
 };
 
 class Boundary {
@@ -43,23 +36,12 @@ class Boundary {
   /// A length is a target position and becomes the step still to go from the present one; a force
   /// is taken as it is. Both are those of the whole lattice.
   void set_boundary_mode(Prescribed const& wanted);
-  bool is_length() const { return prescribed.is_length(); }
-  /// The prescribed step has been taken: from now on its ends stay where they are.
-  void hold() { prescribed.value = 0.0; }
-
   /// The conditions for the present numbering.
   Ends create() const;
 
  private:
-  Ends create_bnd_displacement() const;
-  Ends create_bnd_force() const;
-  Ends create_fibre_bnd_displacement() const;
-  Ends create_fibre_bnd_force() const;
-  /// What both controls of a half-sarcomere have in common.
-  Ends hold_half_sarcomere() const;
-  /// What both controls of a series have in common: all but the actin ends at the near end, which
-  /// go to `near`.
-  Ends join_series(std::vector<unsigned>& near) const;
+  Ends create_bnd() const;
+  Ends create_fibre_bnd() const;
 
   FilamentArray const& filaments;
   SeriesElasticElement const& see;

@@ -5,10 +5,8 @@
 #include "base/diagnostics.h"
 #include "base/logger.h"
 #include "base/run_state.h"
-#include "mechanics/boundary.h"
 #include "mechanics/filament_array.h"
 #include "mechanics/lattice_listings.h"
-#include "mechanics/linear_system.h"
 #include "mechanics/measured.h"
 #include "mechanics/series_elastic_element.h"
 
@@ -51,17 +49,17 @@ struct Equilibrium::Residual {
 };
 
 Equilibrium::Equilibrium(SarcomerParameter_s const& parameter, FilamentArray const& array,
-                         SeriesElasticElement& element, Boundary& ends)
-    : limits(parameter), filaments(array), see(element), boundary(ends) {}
+                         SeriesElasticElement& element, Boundary const& ends)
+    : limits(parameter), filaments(array), see(element), boundary(ends), system(array, element) {}
 
 void Equilibrium::find(Measured& measured) {
-  auto const move = [this](Vector const& du) {
+  auto const move = [this] {
     see.displacement += du[see.outer_dof];
     for (auto const& filament : filaments) filament->correct(du);
   };
-  auto const measure = [&](LinearSystem& system, Vector const& du) {
-    measured.CalculateResults(filaments, du, system.rhs);
-    write_actin_force_listing(filaments, system.rhs);
+  auto const measure = [&] {
+    measured.CalculateResults(filaments, du, rhs);
+    write_actin_force_listing(filaments, rhs);
   };
   iterate(move, measure);
   for (auto const& filament : filaments) filament->InterpolateDisplacements();
@@ -70,62 +68,87 @@ void Equilibrium::find(Measured& measured) {
 void Equilibrium::probe_stiffness(Measured const& measured,
                                   std::function<void(double)> const& report) {
   Vector unapplied;
-  auto const stay = [](Vector const&) {};
-  auto const measure = [&](LinearSystem& system, Vector const& du) {
-    if (unapplied.size() == 0) unapplied.reinit(system.n);
+  auto const stay = [] {};
+  auto const measure = [&] {
+    if (unapplied.size() == 0) unapplied.reinit(rhs.size());
     unapplied += du;
     Vector displacement = unapplied;
     for (auto const& filament : filaments) {
       displacement[filament->get_bnd_dof(1, 1)] += filament->get_last_actin_displacement();
     }
-    system.assemble_matrix();
-    report(measured.stiffness(filaments, displacement, system.reaction(unapplied)));
+    report(measured.stiffness(filaments, displacement, reaction(unapplied)));
   };
   iterate(stay, measure);
 }
 
+/// The forces that a correction leaves in the linearised system.
+Equilibrium::Vector Equilibrium::reaction(Vector const& correction) const {
+  Vector forces = rhs;
+  for (Spring const& spring : system.all_springs()) {
+    double const f = spring.k * (correction[spring.j] - correction[spring.i]);
+    forces[spring.i] += f;
+    forces[spring.j] -= f;
+  }
+  return forces;
+}
+
 template <class Move, class Report>
 void Equilibrium::iterate(Move move, Report report) {
-  see.begin_step();
-  LinearSystem system(filaments, see);
-  begin(system);
-  Vector du;
+  Ends ends = begin();
   for (int pass = 1;; ++pass) {
-    if (!system.solve(du)) {
+    if (!system.solve(ends, rhs, du)) {
       stop("singular system" + at_step() + ": the forces determine no displacements");
     }
-    if (pass == 1 && boundary.is_length()) {
-      boundary.hold();
-      system.set_ends(boundary.create());
-    }
-    move(du);
-    system.assemble_rhs();
-    log_pass(system, du, pass);
-    report(system, du);
-    Residual const residual(du, system.hold_rhs());
+    // The prescribed step has been taken: from now on its end stays where it is.
+    if (ends.prescribed.is_length()) ends.prescribed.value = 0.0;
+    move();
+    assemble_rhs(ends);
+    log_pass(pass);
+    report();
+    system.condense(rhs);
+    Residual const residual(du, rhs);
     log_residual(residual);
     if (pass == most_passes) stop_without_convergence(residual);
     if (is_balanced(residual)) return;
-    system.assemble_matrix();
+    system.set_springs();
   }
 }
 
-void Equilibrium::begin(LinearSystem& system) const {
-  system.set_ends(boundary.create());
-  if (!boundary.is_length() && filaments.n_attached() == 0) {
+Ends Equilibrium::begin() {
+  see.begin_step();
+  see.outer_dof = filaments.number_dofs() - 1;
+  Ends ends = boundary.create();
+  if (!ends.prescribed.is_length() && filaments.n_attached() == 0) {
     stop_with_message("Prescribed Force : NO CROSSBRIDGES -> displacement = inf",
                       "no head is bound" + at_step() + "; begin with a row of length control");
   }
-  system.assemble_matrix();
-  system.assemble_rhs();
-  refuse_floating(system);
+  system.set_ends(ends);
+  system.set_springs();
+  assemble_rhs(ends);
+  refuse_floating(ends);
+  return ends;
 }
 
-void Equilibrium::refuse_floating(LinearSystem const& system) const {
+// What is done to one filament is done at once: the data of many filaments don't fit the cache.
+
+void Equilibrium::assemble_rhs(Ends const& ends) {
+  rhs.reinit(see.outer_dof + 1);
+  if (!ends.prescribed.is_length()) rhs[ends.driven] = ends.prescribed.value;
+  for (auto const& filament : filaments) filament->create_rhs(rhs);
+  see.see_create_rhs(rhs);
+  for (unsigned i = 0; i < rhs.size(); ++i) {
+    if (std::isfinite(rhs[i])) continue;
+    stop("the force on " + filaments.place_of(i) + at_step() + " is " + shown(rhs[i]) +
+         ": an elastic law has no finite value there");
+  }
+}
+
+void Equilibrium::refuse_floating(Ends const& ends) const {
   // A half-sarcomere's thin filaments are tied together and its thick ones held; under length
   // control the series elastic element holds the former.
-  if (!filaments.is_series() && boundary.is_length() && see.stiffness() != 0.0) return;
-  auto const floating = system.first_floating();
+  bool const is_held = !filaments.is_series() && ends.prescribed.is_length();
+  if (is_held && see.stiffness() != 0.0) return;
+  auto const floating = system.first_floating(ends);
   if (!floating) return;
   stop("singular system" + at_step() + ": " + filaments.place_of(*floating) +
        " is joined to no held end by bonds, titin or the series elastic element with a stiffness");
@@ -149,9 +172,8 @@ void Equilibrium::stop_without_convergence(Residual const& r) const {
        against(", largest ", r.max_rhs.value, "forceCBLimit", limits.forceCBLimit));
 }
 
-void Equilibrium::log_pass(LinearSystem const& system, Vector const& du, int pass) const {
+void Equilibrium::log_pass(int pass) const {
   if (!Logger::Takes(Log::convergence_data, true)) return;
-  Vector const& rhs = system.rhs;
   unsigned const d0 = filaments.front().get_bnd_dof(0, 0);
   unsigned const d1 = filaments.front().get_bnd_dof(1, 1);
   double S = 0.0;

@@ -14,20 +14,16 @@
 
 #include <functional>
 
-#include "mechanics/dealii_forward.h"
+#include "mechanics/lattice_system.h"
 #include "mechanics/sarcomer_parameter.h"
 
-class Boundary;
-class FilamentArray;
-class LinearSystem;
-class SeriesElasticElement;
 struct Measured;
 
 class Equilibrium {
  public:
   /// Keeps references to all.
   Equilibrium(SarcomerParameter_s const& limits, FilamentArray const& filaments,
-              SeriesElasticElement& see, Boundary& boundary);
+              SeriesElasticElement& see, Boundary const& boundary);
 
   /// Moves the lattice into equilibrium and measures it in each pass.
   void find(Measured& measured);
@@ -36,15 +32,19 @@ class Equilibrium {
   void probe_stiffness(Measured const& measured, std::function<void(double)> const& report);
 
  private:
+  using Vector = dealii::Vector<double>;
   struct Residual;
 
   /// The iteration. After each solve `move` takes the correction over; `report` sees it together
   /// with the forces before conditions.
   template <class Move, class Report>
   void iterate(Move move, Report report);
-  void begin(LinearSystem& system) const;
-  void refuse_floating(LinearSystem const& system) const;
-  void log_pass(LinearSystem const& system, dealii::Vector<double> const& du, int pass) const;
+  Ends begin();
+  Vector reaction(Vector const& correction) const;
+  /// Prescribed load and present forces; one that is not finite ends the run.
+  void assemble_rhs(Ends const& ends);
+  void refuse_floating(Ends const& ends) const;
+  void log_pass(int pass) const;
   void log_residual(Residual const& residual) const;
   bool is_balanced(Residual const& residual) const;
   [[noreturn]] void stop_without_convergence(Residual const& residual) const;
@@ -52,5 +52,8 @@ class Equilibrium {
   SarcomerParameter_s const& limits;
   FilamentArray const& filaments;
   SeriesElasticElement& see;
-  Boundary& boundary;
+  Boundary const& boundary;
+  LatticeSystem system;
+  Vector rhs;
+  Vector du;
 };

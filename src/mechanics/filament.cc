@@ -1,11 +1,10 @@
 #include "mechanics/filament.h"
 
-#include <deal.II/lac/dynamic_sparsity_pattern.h>
-#include <deal.II/lac/sparse_matrix.h>
 #include <deal.II/lac/vector.h>
 
 #include <algorithm>
 #include <fstream>
+#include <limits>
 
 #include "elastic/XB_Models.h"
 #include "kinetics/fixed_dt_mc.h"
@@ -35,44 +34,58 @@ Filament::Filament(Geometry const& lattice, Model const& slow, Model const& fast
 int Filament::state_change(double, double) {
   data.attached.clear();
   data.attached.reserve(data.heads.size());
+  data.most_sites_in_reach = geometry->most_sites_in_reach(least_site_spacing());
   for (MyosinHead_s& head : data.heads) {
     if (head.detach_pending == 1) {
       head.detach_pending = 0;
       stepper->detach(data, head);
     }
-    Model const& model = models.of(head);
-    candidates.clear();
-    if (!model.attached[head.state]) geometry->get_binding_sites(data, head, candidates);
-    stepper->state_change(data, head, candidates);
-    if (model.attached[head.state] || head.detach_pending == 1) data.attached.push_back(&head);
+    stepper->state_change(data, head, *geometry, candidates);
+    if (models.of(head).attached[head.state] || head.detach_pending == 1)
+      data.attached.push_back(&head);
   }
   return 0;
+}
+
+/// Between neighbouring sites of any thin filament, which is straight between its degrees of
+/// freedom.
+double Filament::least_site_spacing() const {
+  double least = std::numeric_limits<double>::infinity();
+  for (unsigned fibre = 1; fibre < n_fibre(); ++fibre) {
+    least = std::min(least, chains[fibre].least_spacing());
+  }
+  return least;
 }
 
 // Mesh and numbering
 
 int Filament::prepare_nodes() {
+  if (!bonds_differ_from_mesh()) return 0;
   unsigned counter = 0;
-  return do_for_all(fa_prepare_nodes, counter, 0);
-}
-
-void Filament::set_offset(unsigned first_dof) {
-  offset = first_dof;
+  do_for_all(fa_prepare_nodes, counter, 0);
   fibre_offsets.clear();
-  do_for_all(fa_assign_offset, fibre_offsets, offset);
-  bond_dofs.clear();
+  do_for_all(fa_assign_offset, fibre_offsets, 0);
+  total_dofs = 0;
+  do_for_all(fa_count_dofs, total_dofs, 0);
+  bonds.clear();
   for (MyosinHead_s const* head : data.attached) {
     auto const dof = [this](unsigned fibre, unsigned node) {
       return fibre_offsets[fibre] + chains[fibre].get_local_dof(node);
     };
-    bond_dofs.emplace_back(dof(head->fibre, head->node), dof(head->actin_fibre, head->actin_site));
+    bonds.push_back({head->node, head->actin_fibre, head->actin_site, head->carries_force(),
+                     dof(0, head->node), dof(head->actin_fibre, head->actin_site)});
   }
+  ++mesh_count;
+  return 0;
 }
 
-unsigned Filament::n_dofs() const {
-  unsigned sum = 0;
-  do_for_all(fa_count_dofs, sum, 0);
-  return sum;
+bool Filament::bonds_differ_from_mesh() const {
+  auto const is_meshed = [](MyosinHead_s const* head, Bond const& bond) {
+    return head->node == bond.node && head->actin_fibre == bond.fibre &&
+           head->actin_site == bond.site && head->carries_force() == bond.carries_force;
+  };
+  return mesh_count == 0 || !std::equal(data.attached.begin(), data.attached.end(), bonds.begin(),
+                                        bonds.end(), is_meshed);
 }
 
 unsigned Filament::n_states() const { return models.slow->n_states(); }
@@ -137,43 +150,17 @@ double Filament::titin_strain() const {
   return get_last_actin_displacement() + geometry->titin_extension - last_myosin;
 }
 
+bool Filament::has_constant_springs() const {
+  return std::none_of(data.attached.begin(), data.attached.end(),
+                      [this](MyosinHead_s const* head) { return bond_law(*head).IsNonLinear(); });
+}
+
+double Filament::titin_stiffness() const {
+  // The rest value: titin enters the iteration with a constant stiffness.
+  return titin_law->GetStiffness(geometry->titin_extension);
+}
+
 // The filament's share of the system
-
-int faxb_create_sparsity(unsigned i, unsigned j, dealii::DynamicSparsityPattern& pattern, double) {
-  // The chains have entered the diagonal.
-  pattern.add(i, j);
-  pattern.add(j, i);
-  return 0;
-}
-
-int faxb_create_matrix(unsigned i, unsigned j, dealii::SparseMatrix<double>& matrix, double k) {
-  add_spring(matrix, i, j, k);
-  return 0;
-}
-
-int Filament::create_sparsity(dealii::DynamicSparsityPattern& pattern) const {
-  do_for_all(fa_create_sparsity, pattern, offset);
-  do_for_all_xb(faxb_create_sparsity, pattern);
-  if (has_titin()) faxb_create_sparsity(get_bnd_dof(1, 0), get_bnd_dof(1, 1), pattern, 0.0);
-  return 0;
-}
-
-int Filament::create_matrix(dealii::SparseMatrix<double>& matrix,
-                            dealii::Vector<double>& rhs) const {
-  create_matrix(matrix);
-  return create_rhs(rhs);
-}
-
-int Filament::create_matrix(dealii::SparseMatrix<double>& matrix) const {
-  do_for_all(fa_create_matrix, matrix, offset);
-  do_for_all_xb(faxb_create_matrix, matrix);
-  if (has_titin()) {
-    // The rest value: titin enters the iteration with a constant stiffness.
-    double const k = titin_law->GetStiffness(geometry->titin_extension);
-    faxb_create_matrix(get_bnd_dof(1, 0), get_bnd_dof(1, 1), matrix, k);
-  }
-  return 0;
-}
 
 int Filament::create_rhs(dealii::Vector<double>& rhs) const {
   do_for_all(fa_create_rhs, rhs, offset);
@@ -184,8 +171,8 @@ int Filament::create_rhs(dealii::Vector<double>& rhs) const {
   }
   for (unsigned i = 0; i < data.attached.size(); ++i) {
     double const f = bond_force(i);
-    rhs[bond_dofs[i].first] += f;
-    rhs[bond_dofs[i].second] -= f;
+    rhs[offset + bonds[i].myosin_dof] += f;
+    rhs[offset + bonds[i].actin_dof] -= f;
   }
   return 0;
 }

@@ -10,8 +10,8 @@
 /// toward larger and the actin node toward smaller coordinates. A head with `detach_pending` keeps
 /// its place in the mesh and carries nothing.
 ///
-/// Call order in a step: `state_change`; `prepare_nodes`, `set_offset`, `create_sparsity`; then any
-/// number of `create_matrix` and `correct`; `InterpolateDisplacements`.
+/// Call order in a step: `state_change`; `prepare_nodes`, `set_offset`; then any number of
+/// `create_matrix`, `create_rhs` and `correct`; `InterpolateDisplacements`.
 
 #include <algorithm>
 #include <iosfwd>
@@ -41,17 +41,22 @@ class Filament {
   /// and step length are there for regulated filaments. Returns 0.
   virtual int state_change(double time, double step);
 
+  /// Renews mesh and local numbers if the bonds are others than those that they were made for.
   int prepare_nodes();
-  /// Sets the number of the first degree of freedom; the mesh must stand.
-  void set_offset(unsigned first_dof);
-  unsigned n_dofs() const;
+  /// How many meshes there have been: the same number means the same mesh and the same bonds that
+  /// carry force.
+  unsigned mesh_number() const { return mesh_count; }
+  /// Sets the number of the first degree of freedom; local numbers, from 0 on, come on top of it.
+  void set_offset(unsigned first_dof) { offset = first_dof; }
+  unsigned get_offset() const { return offset; }
+  unsigned n_dofs() const { return total_dofs; }
   unsigned n_fibre() const { return static_cast<unsigned>(chains.size()); }
   unsigned n_states() const;
   /// Heads in `attached` whose release is not pending.
   unsigned n_attached() const;
   /// Number of the first (`end` 0) or last (1) node's degree of freedom, once numbered.
   unsigned get_bnd_dof(unsigned end, unsigned fibre) const {
-    return fibre_offsets[fibre] + (end == 0 ? 0 : chains[fibre].n_dofs() - 1);
+    return offset + fibre_offsets[fibre] + (end == 0 ? 0 : chains[fibre].n_dofs() - 1);
   }
 
   /// The thin filament whose end shows the displacement: fibre 2, or the last one there is.
@@ -79,14 +84,19 @@ class Filament {
   template <class Function, class T>
   int do_for_all(Function function, T& argument, unsigned start) const;
   /// Calls `function(myosin dof, actin dof, argument, stiffness)` for each head of `attached`, in
-  /// order. Returns 0.
+  /// order, with local numbers. Returns 0.
   template <class T>
   int do_for_all_xb(int (*function)(unsigned, unsigned, T&, double), T& argument) const;
 
-  int create_sparsity(dealii::DynamicSparsityPattern& pattern) const;
-  /// Adds the stiffness of chains, bonds and titin to the matrix, and the present forces to `rhs`.
-  int create_matrix(dealii::SparseMatrix<double>& matrix, dealii::Vector<double>& rhs) const;
-  int create_matrix(dealii::SparseMatrix<double>& matrix) const;
+  /// Calls `spring(i, j, k)` for the springs that chains, bonds and titin are at present: local
+  /// numbers and stiffness. Springs of stiffness 0 are among them.
+  template <class Sink>
+  int create_matrix(Sink&& spring) const;
+  /// Whether the springs of a mesh don't change with their extension.
+  bool has_constant_springs() const;
+  /// Calls `action(local number, rest coordinate)` fibre by fibre along each.
+  template <class Action>
+  void for_each_dof(Action action) const;
   int create_rhs(dealii::Vector<double>& rhs) const;
 
   /// Adds a correction to the displacements at the degrees of freedom; all that forces depend on.
@@ -120,22 +130,43 @@ class Filament {
   std::vector<int> activation_states;
 
  private:
+  /// A bond of the mesh: where it is and its local degrees of freedom.
+  struct Bond {
+    unsigned node;
+    unsigned fibre;
+    unsigned site;
+    bool carries_force;
+    unsigned myosin_dof;
+    unsigned actin_dof;
+  };
+
+  double least_site_spacing() const;
+  bool bonds_differ_from_mesh() const;
+  unsigned local_end(unsigned fibre) const {
+    return fibre_offsets[fibre] + chains[fibre].n_dofs() - 1;
+  }
   bool has_titin() const;
   double titin_strain() const;
+  double titin_stiffness() const;
 
   Geometry const* geometry;
   HeadModels const models;
   XB_Model const* titin_law;
   FixedTimeStepMC const* stepper;
   std::vector<FilamentFEM> chains;
+  unsigned mesh_count = 0;
   unsigned offset = 0;
-  std::vector<unsigned> fibre_offsets;
-  std::vector<std::pair<unsigned, unsigned>> bond_dofs;  ///< myosin and actin, in `attached` order
-  std::vector<BindingSite_s> candidates;                 ///< work space of `state_change`
+  unsigned total_dofs = 0;
+  std::vector<unsigned> fibre_offsets;    ///< local
+  std::vector<Bond> bonds;                ///< in the order of `attached`
+  std::vector<BindingSite_s> candidates;  ///< work space of `state_change`
 };
 
-int faxb_create_sparsity(unsigned i, unsigned j, dealii::DynamicSparsityPattern& pattern, double);
-int faxb_create_matrix(unsigned i, unsigned j, dealii::SparseMatrix<double>& matrix, double k);
+template <class Sink>
+int faxb_create_matrix(unsigned i, unsigned j, Sink& spring, double k) {
+  spring(i, j, k);
+  return 0;
+}
 
 template <class Function, class T>
 int Filament::do_for_all(Function function, T& argument, unsigned start) {
@@ -158,7 +189,23 @@ int Filament::do_for_all(Function function, T& argument, unsigned start) const {
 template <class T>
 int Filament::do_for_all_xb(int (*function)(unsigned, unsigned, T&, double), T& argument) const {
   for (unsigned i = 0; i < data.attached.size(); ++i) {
-    function(bond_dofs[i].first, bond_dofs[i].second, argument, bond_stiffness(i));
+    function(bonds[i].myosin_dof, bonds[i].actin_dof, argument, bond_stiffness(i));
   }
   return 0;
+}
+
+template <class Sink>
+int Filament::create_matrix(Sink&& spring) const {
+  do_for_all(fa_create_matrix<Sink>, spring, 0);
+  do_for_all_xb(faxb_create_matrix<Sink>, spring);
+  if (has_titin()) spring(local_end(0), local_end(1), titin_stiffness());
+  return 0;
+}
+
+template <class Action>
+void Filament::for_each_dof(Action action) const {
+  for (unsigned fibre = 0; fibre < n_fibre(); ++fibre) {
+    unsigned number = fibre_offsets[fibre];
+    chains[fibre].for_each_node([&](double x) { action(number++, x); });
+  }
 }

@@ -9,12 +9,9 @@
 /// Local numbers count from 0 in ascending rest coordinate; the global number is the fibre's offset
 /// plus the local one. The chain keeps no displacement of its own: it reads and writes `u`.
 ///
-/// Call order in an assembly: `prepare_nodes`; with the offsets known `create_sparsity`;
-/// `create_matrix` and `create_rhs`; after the solve `interpolate_displacement`. The last three may
-/// repeat on the same mesh.
+/// Call order in an assembly: `prepare_nodes`; `create_matrix` and `create_rhs`; after the solve
+/// `interpolate_displacement`. The last three may repeat on the same mesh.
 
-#include <boost/container/flat_map.hpp>
-#include <boost/container/flat_set.hpp>
 #include <iosfwd>
 #include <utility>
 #include <valarray>
@@ -23,14 +20,6 @@
 #include "mechanics/dealii_forward.h"
 
 struct MyosinHead_s;
-
-/// Orders (node, rest coordinate) pairs by the coordinate alone.
-struct CompareSetOfPairBySecond {
-  bool operator()(std::pair<unsigned, double> const& a,
-                  std::pair<unsigned, double> const& b) const {
-    return a.second < b.second;
-  }
-};
 
 class FilamentFEM {
  public:
@@ -45,42 +34,49 @@ class FilamentFEM {
   /// Local number of a node; 0 for a node without a degree of freedom.
   unsigned get_local_dof(unsigned node) const;
   unsigned get_raw_nodes() const { return static_cast<unsigned>(x.size()); }
+  /// Calls `action(rest coordinate)` for each node with a degree of freedom, in their order.
+  template <class Action>
+  void for_each_node(Action action) const {
+    for (Dof const& dof : dofs) action(dof.x);
+  }
   double get_x(unsigned node) const { return x[node]; }
   double get_u(unsigned node) const { return u[node]; }
 
-  void create_sparsity(dealii::DynamicSparsityPattern& pattern, unsigned offset) const;
-  void create_matrix(dealii::SparseMatrix<double>& matrix, unsigned offset) const;
+  /// Calls `spring(i, j, k)` for every element, with its two degrees of freedom and its stiffness.
+  template <class Sink>
+  void create_matrix(Sink&& spring, unsigned offset) const;
   /// Adds the forces that the elements carry under the present displacements.
   void create_rhs(dealii::Vector<double>& rhs, unsigned offset) const;
   /// Adds a correction to `u` at the nodes with a degree of freedom.
   void interpolate_displacement(dealii::Vector<double> const& solution, unsigned offset);
+  /// No two neighbouring nodes stand closer than this at present.
+  double least_spacing() const { return least_rest_spacing + least_slope; }
   /// Makes `u` linear in the node number between nodes with a degree of freedom.
   void straighten();
 
  private:
+  /// A node with a degree of freedom; its local number is its place among them.
   struct Dof {
-    unsigned number;  ///< local
-    double x;         ///< rest coordinate of its node, beside it because `x` is too long to cache
+    unsigned node;
+    double x;  ///< rest coordinate, here because `x` of all nodes is too long to cache
   };
 
   /// Calls `action(node, node, dof, dof, rest length)`.
   template <class Action>
   void for_each_element(unsigned offset, Action action) const;
+  void report_negative_length() const;
 
-  // Flat containers keep their memory from step to step.
-  boost::container::flat_map<unsigned, Dof> dofs;
-  boost::container::flat_set<std::pair<unsigned, double>, CompareSetOfPairBySecond> mesh;
+  std::vector<Dof> dofs;                ///< in ascending order
+  std::vector<unsigned> local_numbers;  ///< by node, of the last mesh that the node had a part in
+  std::vector<unsigned> nodes;          ///< work space of `prepare_nodes`
   double const e;
   double const a;
+  double least_rest_spacing;
+  double least_slope = 0.0;  ///< of `u` over the node number
   std::valarray<double> const& x;
   std::valarray<double>& u;
   std::vector<MyosinHead_s*> const& attached;
 };
-
-/// Adds a spring of stiffness `k` between two degrees of freedom: to the pattern, and to the
-/// matrix. A zero `k` adds nothing; a place missing from the matrix's pattern is passed over.
-void add_spring(dealii::DynamicSparsityPattern& pattern, unsigned i, unsigned j);
-void add_spring(dealii::SparseMatrix<double>& matrix, unsigned i, unsigned j, double k);
 
 /// The chain's operations in the one shape that `Filament::do_for_all` walks the fibres with:
 /// chain, argument, offset of the chain. All return 0.
@@ -88,11 +84,33 @@ int fa_count_dofs(FilamentFEM const& chain, unsigned& sum, unsigned offset);
 /// The counter is the fibre's number, and is increased.
 int fa_prepare_nodes(FilamentFEM& chain, unsigned& counter, unsigned offset);
 int fa_assign_offset(FilamentFEM const& chain, std::vector<unsigned>& offsets, unsigned offset);
-int fa_create_sparsity(FilamentFEM const& chain, dealii::DynamicSparsityPattern& pattern,
-                       unsigned offset);
-int fa_create_matrix(FilamentFEM const& chain, dealii::SparseMatrix<double>& matrix,
-                     unsigned offset);
+template <class Sink>
+int fa_create_matrix(FilamentFEM const& chain, Sink& spring, unsigned offset);
 int fa_create_rhs(FilamentFEM const& chain, dealii::Vector<double>& rhs, unsigned offset);
 int fa_interpolate(FilamentFEM& chain, dealii::Vector<double> const& solution, unsigned offset);
 /// Writes "x u" for each node and an empty line.
 int fa_write_displacement(FilamentFEM const& chain, std::ostream& stream, unsigned offset);
+
+template <class Action>
+void FilamentFEM::for_each_element(unsigned offset, Action action) const {
+  for (unsigned i = 1; i < dofs.size(); ++i) {
+    Dof const& first = dofs[i - 1];
+    Dof const& second = dofs[i];
+    action(first.node, second.node, offset + i - 1, offset + i, second.x - first.x);
+  }
+}
+
+template <class Sink>
+void FilamentFEM::create_matrix(Sink&& spring, unsigned offset) const {
+  double const EA = e * a;
+  for_each_element(offset, [&](unsigned, unsigned, unsigned i, unsigned j, double L) {
+    if (L < 0.0) report_negative_length();
+    spring(i, j, EA / L);
+  });
+}
+
+template <class Sink>
+int fa_create_matrix(FilamentFEM const& chain, Sink& spring, unsigned offset) {
+  chain.create_matrix(spring, offset);
+  return 0;
+}

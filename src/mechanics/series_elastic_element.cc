@@ -1,7 +1,5 @@
 #include "mechanics/series_elastic_element.h"
 
-#include <deal.II/lac/dynamic_sparsity_pattern.h>
-#include <deal.II/lac/sparse_matrix.h>
 #include <deal.II/lac/vector.h>
 
 #include <cmath>
@@ -61,14 +59,6 @@ double SeriesElasticElement::stiffness() const {
 }
 
 unsigned SeriesElasticElement::inner_dof() const { return filaments.front().get_bnd_dof(1, 1); }
-
-void SeriesElasticElement::see_create_sparsity(dealii::DynamicSparsityPattern& pattern) const {
-  add_spring(pattern, inner_dof(), outer_dof);
-}
-
-void SeriesElasticElement::see_create_matrix(dealii::SparseMatrix<double>& matrix) const {
-  add_spring(matrix, inner_dof(), outer_dof, stiffness());
-}
 
 void SeriesElasticElement::see_create_rhs(dealii::Vector<double>& rhs) {
   auto const N = static_cast<double>(filaments.size());

@@ -33,8 +33,6 @@ class SeriesElasticElement {
 
   /// The actin end that it hangs on.
   unsigned inner_dof() const;
-  void see_create_sparsity(dealii::DynamicSparsityPattern& pattern) const;
-  void see_create_matrix(dealii::SparseMatrix<double>& matrix) const;
   /// Adds the present force and writes a row of "SEE_velocity.csv", which grows across the runs of
   /// a directory.
   void see_create_rhs(dealii::Vector<double>& rhs);

@@ -78,4 +78,8 @@ struct FilamentData {
   /// Empty without nebulin deficiency; else, per actin fibre from fibre 1 on, the rest coordinate
   /// below which no site is offered.
   std::vector<double> nebulin_limit;
+  /// No more sites of a fibre than this lie in a head's axial reach at present.
+  unsigned most_sites_in_reach = ~0u;
+  /// No site has ever had a larger `k_on_factor`.
+  double most_k_on_factor = 1.0;
 };

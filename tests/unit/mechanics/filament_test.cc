@@ -2,8 +2,7 @@
 // node index, a strain without displacement or lever, force from a pending head, a wrong titin
 // sign, a stiffness that is not the derivative of the force, a head lost or released too early.
 
-#include <deal.II/lac/dynamic_sparsity_pattern.h>
-#include <deal.II/lac/sparse_matrix.h>
+#include <deal.II/lac/full_matrix.h>
 #include <deal.II/lac/vector.h>
 #include <gtest/gtest.h>
 
@@ -14,31 +13,26 @@
 
 namespace {
 
-using Pairs = std::vector<std::pair<unsigned, unsigned>>;
-
-int collect(unsigned i, unsigned j, Pairs& pairs, double) {
-  pairs.emplace_back(i, j);
-  return 0;
-}
-
-/// The filament's system with its numbers from 0 on.
+/// The filament's stiffness and forces, with its numbers from 0 on.
 struct System {
-  explicit System(Filament& which) : filament(which) {
+  explicit System(Filament& filament) {
     filament.prepare_nodes();
     filament.set_offset(0);
     n = filament.n_dofs();
-    dynamic.reinit(n, n);
-    filament.create_sparsity(dynamic);
-    pattern.copy_from(dynamic);
-    matrix.reinit(pattern);
+    matrix.reinit(n, n);
+    filament.create_matrix([this](unsigned i, unsigned j, double k) {
+      springs.push_back({i, j});
+      matrix(i, i) += k;
+      matrix(j, j) += k;
+      matrix(i, j) -= k;
+      matrix(j, i) -= k;
+    });
     rhs.reinit(n);
-    filament.create_matrix(matrix, rhs);
+    filament.create_rhs(rhs);
   }
-  Filament& filament;
   unsigned n;
-  dealii::DynamicSparsityPattern dynamic;
-  dealii::SparsityPattern pattern;
-  dealii::SparseMatrix<double> matrix;
+  std::vector<std::pair<unsigned, unsigned>> springs;
+  dealii::FullMatrix<double> matrix;
   dealii::Vector<double> rhs;
 };
 
@@ -69,19 +63,15 @@ TEST(Filament, NumbersFibreAfterFibre) {
   filament.prepare_nodes();
   filament.set_offset(100);
   EXPECT_EQ(filament.n_dofs(), 8u);
-  Pairs bonds;
-  filament.do_for_all_xb(collect, bonds);
-  EXPECT_EQ(bonds, (Pairs{{101, 106}}));
-  dealii::DynamicSparsityPattern pattern(108, 108);
-  filament.create_sparsity(pattern);
   unsigned const first[] = {100, 103, 105};
   unsigned const last[] = {102, 104, 107};
   for (unsigned fibre = 0; fibre < filament.n_fibre(); ++fibre) {
     EXPECT_EQ(filament.get_bnd_dof(0, fibre), first[fibre]);
     EXPECT_EQ(filament.get_bnd_dof(1, fibre), last[fibre]);
   }
-  EXPECT_TRUE(pattern.exists(101, 106) && pattern.exists(106, 101));
-  EXPECT_FALSE(pattern.exists(101, 104) || pattern.exists(102, 104));
+  // Two elements, one and two, and the bond.
+  using Pairs = std::vector<std::pair<unsigned, unsigned>>;
+  EXPECT_EQ(System(filament).springs, (Pairs{{0, 1}, {1, 2}, {3, 4}, {5, 6}, {6, 7}, {1, 6}}));
   EXPECT_EQ(filament.direction, -1);
   EXPECT_EQ(filament.n_states(), 3u);
 }
@@ -161,7 +151,7 @@ TEST(Filament, PendingHeadKeepsMeshAndPatternButCarriesNothing) {
   pending.state = 0;
   System const after(lattice.filament());
   EXPECT_EQ(after.n, 8u);
-  EXPECT_TRUE(after.dynamic.exists(1, 4) && after.dynamic.exists(4, 1));
+  EXPECT_EQ(after.springs, before.springs);
   EXPECT_EQ(after.matrix(1, 4), 0.0);
   EXPECT_DOUBLE_EQ(after.matrix(1, 1), before.matrix(1, 1) - 1.5);
   EXPECT_EQ(after.rhs.linfty_norm(), 0.0);
@@ -193,8 +183,7 @@ TEST(Filament, MatrixIsTheDerivativeOfTheForces) {
     shift[j] = h;
     filament.correct(shift);
     for (unsigned i = 0; i < present.n; ++i) {
-      EXPECT_NEAR(present.matrix.el(i, j), (below[i] - above[i]) / (2.0 * h), 1e-6)
-          << i << ' ' << j;
+      EXPECT_NEAR(present.matrix(i, j), (below[i] - above[i]) / (2.0 * h), 1e-6) << i << ' ' << j;
     }
   }
 }
