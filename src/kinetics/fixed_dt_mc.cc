@@ -40,6 +40,11 @@ void log_turnover(unsigned from, unsigned to) {
   }
 }
 
+/// Distance from the node of a bound head to its site [nm].
+double bound_strain(FilamentData const& data, MyosinHead_s const& head) {
+  return data.position[head.actin_fibre][head.actin_site] - data.position[head.fibre][head.node];
+}
+
 }  // namespace
 
 FixedTimeStepMC::FixedTimeStepMC(Model const& slow, Model const& fast, Model const* protein_c)
@@ -140,9 +145,7 @@ bool FixedTimeStepMC::surely_stays(double u, FilamentData const& data, MyosinHea
   ActinSite_s const& site = data.sites[head.actin_fibre][head.actin_site];
   double const factor = std::max({1.0, site.k_on_factor, site.k_stroke_factor, site.k_off_factor});
   if (!(u > currentTimeStep * state.at_site * factor * margin)) return false;
-  double const x =
-      data.position[head.actin_fibre][head.actin_site] - data.position[head.fibre][head.node];
-  return std::abs(x) <= reach;
+  return std::abs(bound_strain(data, head)) <= reach;
 }
 
 void FixedTimeStepMC::move(double u, FilamentData& data, MyosinHead_s& head,
@@ -201,8 +204,7 @@ void FixedTimeStepMC::collect_of_bound(FilamentData const& data, MyosinHead_s co
                                        Outcomes& outcomes) const {
   Model const& model = models.of(head);
   unsigned const n = std::min(n_states, model.n_states());
-  double const x =
-      data.position[head.actin_fibre][head.actin_site] - data.position[head.fibre][head.node];
+  double const x = bound_strain(data, head);
   ActinSite_s const& site = data.sites[head.actin_fibre][head.actin_site];
   for (unsigned to = 0; to < n; ++to) {
     if (!model.transitions[head.state][to]) continue;
