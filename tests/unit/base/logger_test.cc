@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <utility>
 
 #include "base/run_state.h"
 #include "support/work_dir.h"
@@ -14,27 +15,20 @@ namespace {
 
 namespace fs = std::filesystem;
 
-struct File {
-  FILE** handle;
-  std::string name;
-};
+FILE** const handles[] = {&Logger::model_vorn_rates,      &Logger::atp_ase_rates_6states,
+                          &Logger::atp_ase_rates_8states, &Logger::see_stiffness,
+                          &Logger::myosin_head_states,    &Logger::titin_data,
+                          &Logger::convergence_data,      &Logger::crossbridge_convergence};
 
-File const files[] = {{&Logger::model_vorn_rates, "model_vorn_rates.csv"},
-                      {&Logger::atp_ase_rates_6states, "atp_ase_rates_6states.csv"},
-                      {&Logger::atp_ase_rates_8states, "atp_ase_rates_8states.csv"},
-                      {&Logger::see_stiffness, "see_stiffness.csv"},
-                      {&Logger::myosin_head_states, "myosin_head_states.csv"},
-                      {&Logger::titin_data, "titin_data.csv"},
-                      {&Logger::convergence_data, "convergence_data.csv"},
-                      {&Logger::crossbridge_convergence, "crossbridge_convergence.csv"}};
+std::string const names[] = {"model_vorn_rates", "atp_ase_rates_6states",  "atp_ase_rates_8states",
+                             "see_stiffness",    "myosin_head_states",     "titin_data",
+                             "convergence_data", "crossbridge_convergence"};
 
 /// The handles outlive a test as they outlive a run; each test starts without any.
 struct LoggerTest : testing::Test {
-  LoggerTest() { TearDown(); }
-  void TearDown() override {
-    for (File const& file : files) {
-      if (*file.handle) std::fclose(*file.handle);
-      *file.handle = nullptr;
+  LoggerTest() {
+    for (FILE** const handle : handles) {
+      if (*handle) std::fclose(std::exchange(*handle, nullptr));
     }
   }
 };
@@ -64,12 +58,11 @@ TEST_F(LoggerTest, FilterKeepsTheStartAndTheFirstHalfTimeUnit) {
 
 TEST_F(LoggerTest, EachNumberOpensItsFileAtItsFirstUseAndOthersNone) {
   for (int number = 0; number < 8; ++number) {
-    File const& file = files[number];
-    EXPECT_FALSE(fs::exists(file.name)) << file.name;
-    FILE* const opened = Logger::GetFile(number);
-    EXPECT_TRUE(fs::exists(file.name)) << file.name;
-    EXPECT_EQ(*file.handle, opened);
-    EXPECT_EQ(Logger::GetFile(number), opened);
+    std::string const file = names[number] + ".csv";
+    EXPECT_FALSE(fs::exists(file)) << file;
+    EXPECT_EQ(Logger::GetFile(number), *handles[number]);
+    EXPECT_TRUE(fs::exists(file)) << file;
+    EXPECT_EQ(Logger::GetFile(number), *handles[number]);
   }
   for (int const number : {8, -1}) {
     EXPECT_EQ(Logger::GetFile(number), nullptr);

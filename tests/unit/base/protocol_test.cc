@@ -80,28 +80,20 @@ TEST(Protocol, LogNormalIsZeroAtFirstAndEveryValueHasItsRowAtOnce) {
   EXPECT_EQ(read_lines("Ca_function.csv").size(), 4u);  // no other law writes
 }
 
-TEST(Protocol, SwitchesAtTheStartOfTheNextRow) {
-  std::string const rows = "-1 0.1 0 0 1\n0 0.2 1 1 10 0\n2 0.3 0 0 3\n2 0.4 0 0 4\n";
-  Protocol protocol = make_protocol(rows);
+TEST(Protocol, SwitchesAtTheStartOfTheNextRowAndEndsWithTheLast) {
+  Protocol protocol = make_protocol("-1 0.1 0 0 1\n0 0.2 1 1 10 0\n2 0.3 0 0 3\n");
   EXPECT_EQ(next_row(protocol, -1e-9), "on");  // short by 1e-9: not yet
   EXPECT_EQ(protocol.get_dt(), 0.1);
   EXPECT_EQ(next_row(protocol, -0.99e-9), "Novi protocol\non");
   EXPECT_EQ(protocol.get_dt(), 0.2);
   unsigned mode = 99;
   double value = 0.0;
-  EXPECT_TRUE(protocol.get_value(0.5, mode, value, 0.0));
+  EXPECT_TRUE(protocol.get_value(0.37, mode, value, 0.0));
   EXPECT_EQ(mode, 1u);
-  Protocol late = make_protocol(rows);
-  EXPECT_EQ(next_row(late, 0.37), "Novi protocol\non");
-  EXPECT_DOUBLE_EQ(value_at(late, 0.37), 3.7);  // counted from the row's start
-}
-
-TEST(Protocol, LastRowEndsTheRunAndStaysTheEnd) {
-  Protocol protocol = make_protocol("0 0.1 0 0 1\n1 0.2 0 0 2\n");
-  EXPECT_EQ(next_row(protocol, 0.9), "on");
-  EXPECT_EQ(next_row(protocol, 1.0), "Novi protocol\n" + end_message + "end");
-  EXPECT_EQ(next_row(protocol, 1.0), "end");
-  EXPECT_EQ(protocol.get_dt(), 0.2);
+  EXPECT_DOUBLE_EQ(value, 3.7);  // counted from the row's start
+  EXPECT_EQ(next_row(protocol, 2.1), "Novi protocol\n" + end_message + "end");
+  EXPECT_EQ(next_row(protocol, 2.1), "end");
+  EXPECT_EQ(protocol.get_dt(), 0.3);
 }
 
 TEST(Protocol, RampFromThePresentStateShiftsAllLaterRows) {
@@ -114,6 +106,7 @@ TEST(Protocol, RampFromThePresentStateShiftsAllLaterRows) {
   EXPECT_DOUBLE_EQ(Protocol::TimeOffset, 4.25);
   EXPECT_DOUBLE_EQ(value_at(protocol, 1.5, -100.0), 5.0);
   EXPECT_DOUBLE_EQ(Protocol::TimeOffset, 4.25);
+  // The rows behind it stand relative to its end.
   EXPECT_EQ(next_row(protocol, 4.7), "on");
   EXPECT_EQ(next_row(protocol, 4.75), "Novi protocol\non");
   EXPECT_DOUBLE_EQ(value_at(protocol, 5.75), 4.0);
