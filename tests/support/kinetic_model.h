@@ -1,5 +1,5 @@
 #pragma once
-/// Registered kinetic models with default parameters but for some "section: key = value" settings.
+/// Registered kinetic models with default parameters but for some settings.
 
 #include <gtest/gtest.h>
 
@@ -24,7 +24,7 @@ inline std::string parameter_file_of(std::string const& model) {
 }
 
 inline std::unique_ptr<ActiveModel> read_model(std::string const& name, XB_Model& law,
-                                               std::vector<std::string> const& settings) {
+                                               std::string const& settings) {
   write_settings(parameter_file_of(name), settings);
   if (!std::filesystem::exists("ca_protocol.dat")) write_file("ca_protocol.dat", "0 1 0 0 0\n");
   auto* const model =
@@ -34,7 +34,7 @@ inline std::unique_ptr<ActiveModel> read_model(std::string const& name, XB_Model
 
 /// The same, while what the model prints goes nowhere.
 inline std::unique_ptr<ActiveModel> make_model(std::string const& name, XB_Model& law,
-                                               std::vector<std::string> const& settings = {}) {
+                                               std::string const& settings = "") {
   testing::internal::CaptureStdout();
   auto model = read_model(name, law, settings);
   testing::internal::GetCapturedStdout();
@@ -42,13 +42,10 @@ inline std::unique_ptr<ActiveModel> make_model(std::string const& name, XB_Model
 }
 
 /// Settings of a nine-state scheme whose states have a range and whose steps have barriers.
-inline std::vector<std::string> nine_states(std::string const& scheme) {
-  std::vector<std::string> settings = {"tolen: model = " + scheme, "powerstroke: h = 3.5",
-                                       "powerstroke: ha = 0.75", "powerstroke: hb = 0.5"};
-  for (char const state : {'4', '5', '6', '7', '8', '9'}) {
-    for (char const* key : {"cc = 0.5", "ccm = 0.2", "dm = 6", "dp = 5", "gm = 90", "gp = 70"}) {
-      settings.push_back(std::string("state") + state + ": " + key);
-    }
+inline std::string nine_states(std::string const& scheme) {
+  std::string settings = "tolen: model=" + scheme + "; powerstroke: h=3.5 ha=0.75 hb=0.5";
+  for (int state = 4; state <= 9; ++state) {
+    settings += "; state" + std::to_string(state) + ": cc=0.5 ccm=0.2 dm=6 dp=5 gm=90 gp=70";
   }
   return settings;
 }

@@ -1,6 +1,5 @@
 #pragma once
-/// Lattices with default parameters but for some "section: key = value" settings, and what they lay
-/// out and offer.
+/// Registered lattices with default parameters but for some settings.
 
 #include <gtest/gtest.h>
 
@@ -17,7 +16,7 @@ inline std::string parameter_file_of(std::string lattice) {
 }
 
 inline std::unique_ptr<Geometry> read_lattice(std::string const& name,
-                                              std::vector<std::string> const& settings) {
+                                              std::string const& settings) {
   write_settings(parameter_file_of(name), settings);
   return std::unique_ptr<Geometry>(
       Factory<Geometry, GeometryParameter_s>::instance().create_type(name, {}));
@@ -25,7 +24,7 @@ inline std::unique_ptr<Geometry> read_lattice(std::string const& name,
 
 /// The same, while what the lattice prints goes nowhere.
 inline std::unique_ptr<Geometry> make_lattice(std::string const& name,
-                                              std::vector<std::string> const& settings = {}) {
+                                              std::string const& settings = "") {
   testing::internal::CaptureStdout();
   auto lattice = read_lattice(name, settings);
   testing::internal::GetCapturedStdout();

@@ -68,12 +68,15 @@ void write_parameters(std::string const& name, std::string const& section,
   write_file(name, text + "end\n");
 }
 
-void write_settings(std::string const& name, std::vector<std::string> const& settings) {
+void write_settings(std::string const& name, std::string const& settings) {
   std::string text;
-  for (std::string const& setting : settings) {
-    auto const colon = setting.find(':');
-    text += "subsection " + setting.substr(0, colon) + "\n  set" + setting.substr(colon + 1) +
-            "\nend\n";
+  std::istringstream sections(settings);
+  for (std::string section; std::getline(sections >> std::ws, section, ';');) {
+    auto const colon = section.find(':');
+    text += "subsection " + section.substr(0, colon) + '\n';
+    std::istringstream words(section.substr(colon + 1));
+    for (std::string setting; words >> setting;) text += "  set " + setting + '\n';
+    text += "end\n";
   }
   write_file(name, text);
 }

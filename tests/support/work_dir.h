@@ -29,5 +29,5 @@ std::string listing_text();
 void write_parameters(std::string const& name, std::string const& section,
                       std::vector<std::string> const& settings);
 
-/// Writes a parameter file from "section: key = value" lines.
-void write_settings(std::string const& name, std::vector<std::string> const& settings);
+/// Writes a parameter file from settings as "section: key=value key=value; section: key=value".
+void write_settings(std::string const& name, std::string const& settings);

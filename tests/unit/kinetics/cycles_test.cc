@@ -137,13 +137,11 @@ TEST(Cycles, ReverseStrokeMeetsItsCapWhereTheStrokeBeginsToFall) {
 
 TEST(Cycles, BindingSaturatesWithEtaAndWidensWherePulled) {
   for (DukeLike const& c : duke_like) {
-    std::string const section = c.section + std::string(": ");
     for (double const eta : {0.0, 3.0}) {
       for (double const multiplier : {1.0, 4.0}) {
-        std::vector<std::string> settings = {section + "eta = " + std::to_string(eta),
-                                             section + "GBind = -20"};
+        std::string settings = c.section + (": GBind=-20 eta=" + std::to_string(eta));
         if (c.model == std::string("Duke") && multiplier != 1.0) continue;
-        if (multiplier != 1.0) settings.push_back(section + "detachment_multiplier = 4");
+        if (multiplier != 1.0) settings += " detachment_multiplier=4";
         auto const model = make_model(c.model, law, settings);
         for (double const x : {-0.7, -0.2, 0.0, 0.4, 1.1}) {
           double const e = std::exp(-exact(x, x) / (x > 0.0 ? multiplier : 1.0));
@@ -184,7 +182,7 @@ void expect_row(std::string const& file, std::size_t n_lines, double x, std::vec
 TEST(Cycles, TabulateEnergiesAndRatesOverTheStrain) {
   if (Logger::model_vorn_rates) std::fclose(std::exchange(Logger::model_vorn_rates, nullptr));
   auto const vorn = make_model("Vorn", law);
-  auto const fiber = make_model("BrekAtpaseFiber", law, {"brek_atpase_fiber: k_61 = 7"});
+  auto const fiber = make_model("BrekAtpaseFiber", law, "brek_atpase_fiber: k_61=7");
   EXPECT_EQ(read_lines("rates.csv").at(0).substr(0, 32), "x[nm]/rates,0 -> 1,0 -> 7,1 -> 0");
   for (double const x : {0.0, 1.0}) {
     auto const k = [&](unsigned from, unsigned to) { return vorn->get_k(x, from, to); };

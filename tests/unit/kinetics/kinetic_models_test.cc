@@ -5,6 +5,7 @@
 // that doesn't follow the clock, the parameter file of another model.
 
 #include <cmath>
+#include <sstream>
 
 #include "base/run_state.h"
 #include "kinetics/model_util.h"
@@ -13,8 +14,6 @@
 #include "support/kinetic_model.h"
 
 namespace {
-
-using Settings = std::vector<std::string>;
 
 std::string pair_name(unsigned from, unsigned to) {
   return std::to_string(from) + std::to_string(to);
@@ -55,27 +54,26 @@ TEST(KineticModels, KeepTheCommonRules) {
   }
   for (char const* const scheme : {"C3", "C4", "C5", "C7"}) {
     SCOPED_TRACE(scheme);
-    Settings settings = nine_states(scheme);
-    settings.push_back("numerics: interpolation = Exact");              // lines may reach below 0
-    expect_common_rules(*make_model("Tolen9", spring, settings), 1e6);  // kmax
+    // Lines between the strains of the grid may reach below 0. The limit is kmax.
+    auto const exact = nine_states(scheme) + "; numerics: interpolation=Exact";
+    expect_common_rules(*make_model("Tolen9", spring, exact), 1e6);
   }
 }
 
 TEST(KineticModels, MoveTheirLeversInTheStatesBehindAStroke) {
   struct {
     char const* model;
-    Settings settings;
-    std::string bound, after_a_stroke;  // states
+    std::string settings, bound, after_a_stroke;  // states
     std::vector<double> levers;
   } const cases[] = {
-      {"Huxley", {}, "1", "", {0, 0}},
-      {"HuxleyMyBPC", {}, "1", "", {0, 0}},
-      {"Duke", {"duke: D = 6"}, "12", "2", {0, 0, 6}},
-      {"DukeMyBPC", {"duke: D = 6"}, "12", "2", {0, 0, 6}},
-      {"Rombel", {"rombel: D = 6"}, "12", "2", {0, 0, 6}},
-      {"Vorn", {"vorn: D = 6", "vorn: delta = 2"}, "123", "23", {0, 0, 6, 8, 0, 0}},
+      {"Huxley", "", "1", "", {0, 0}},
+      {"HuxleyMyBPC", "", "1", "", {0, 0}},
+      {"Duke", "duke: D=6", "12", "2", {0, 0, 6}},
+      {"DukeMyBPC", "duke: D=6", "12", "2", {0, 0, 6}},
+      {"Rombel", "rombel: D=6", "12", "2", {0, 0, 6}},
+      {"Vorn", "vorn: D=6 delta=2", "123", "23", {0, 0, 6, 8, 0, 0}},
       {"BrekAtpaseFiber",
-       {"brek_atpase_fiber: D = 6", "brek_atpase_fiber: delta = 2"},
+       "brek_atpase_fiber: D=6 delta=2",
        "123456",
        "23456",
        {0, 0, 6, 8, 8, 8, 8, 0}},
@@ -97,14 +95,14 @@ TEST(KineticModels, MoveTheirLeversInTheStatesBehindAStroke) {
 }
 
 TEST(KineticModels, RatesAreClosedFormsOfTheStrain) {
-  Settings const huxley = {"huxley: f1 = 40", "huxley: g1 = 10", "huxley: g2 = 200",
-                           "huxley: g3 = 3", "huxley: h = 5"};  // one site in reach: f1 as read
-  Settings const link = {"huxley: f = 40", "huxley: g0 = 3", "huxley: g1 = 10", "huxley: h = 8"};
-  Settings const rombel = {"rombel: k_bind = 300", "rombel: kBT = 4"};  // 300 over all strains
+  std::string const huxley =
+      "huxley: f1=40 g1=10 g2=200 g3=3 h=5";  // one site in reach: f1 as read
+  std::string const link = "huxley: f=40 g0=3 g1=10 h=8";
+  std::string const rombel = "rombel: k_bind=300 kBT=4";  // 300 over all strains
   double const thermal = 300 * std::sqrt(1.25 / (8 * M_PI)) * std::exp(-0.625);
   struct {
     char const* model;
-    Settings const& settings;
+    std::string const& settings;
     unsigned from, to;
     std::vector<std::pair<double, double>> rates;  // strain, rate
   } const cases[] = {
@@ -141,10 +139,8 @@ TEST(KineticModels, ConstantRatesStandOnTheTransitionsOfTheirNames) {
        "01 10 12 21 23 32 34 43 45 54 56 65 67 76 70 07 16 61"}};
   Spring spring(25.0);
   for (auto const& c : cases) {
-    Settings settings;
-    for (std::string const& pair : c.constants) {
-      settings.push_back(c.section + (": k_" + pair) + " = " + pair);
-    }
+    std::string settings = c.section + std::string(": ");
+    for (std::string const& pair : c.constants) settings += "k_" + pair + '=' + pair + ' ';
     auto const model = make_model(c.model, spring, settings);
     for (std::string const& pair : c.constants) {
       unsigned const from = pair[0] - '0' - c.first, to = pair[1] - '0' - c.first;
@@ -197,7 +193,7 @@ TEST(KineticModels, CalciumEmptiesTheParkedStateOfVornInTheTimeOfTheFirstRow) {
   write_file("ca.dat", "0 0\n1 2e-6\n2 2e-6\n");
   write_file("ca_protocol.dat", "0 1 0 999 ca.dat\n1 1 0 0 5\n");
   Spring spring(25.0);
-  auto const model = make_model("Vorn", spring, {"vorn: b_param = 3"});
+  auto const model = make_model("Vorn", spring, "vorn: b_param=3");
   // The floor 10, and 490 above it times a share of 0 without calcium and 1/2 at ca_50 = 1e-6.
   std::pair<double, double> const shares[] = {{0, 0}, {0.5, 0.5}, {0.25, 1 / 9.0}, {1.5, 8 / 9.0}};
   for (auto const& [time, share] : shares) {
@@ -206,39 +202,33 @@ TEST(KineticModels, CalciumEmptiesTheParkedStateOfVornInTheTimeOfTheFirstRow) {
   }
   timeForAll = 0.0;
   write_file("ca_protocol.dat", "0 1 0 0 -1e-7\n");
-  expect_refusal([&] { read_model("Vorn", spring, {"vorn: b_param = 0.5"})->get_k(0.0, 5, 0); },
+  expect_refusal([&] { read_model("Vorn", spring, "vorn: b_param=0.5")->get_k(0.0, 5, 0); },
                  "ca_protocol.dat: the calcium concentration at time 0");
 }
 
 TEST(KineticModels, RefuseValuesWithoutSense) {
   struct {
-    char const *model, *section;
-    Settings settings;
+    char const *model, *section, *settings;
   } const cases[] = {
-      {"Huxley", "huxley", {"h = -1", "h = 0", "f1 = -1", "g1 = -1", "g2 = -1", "g3 = -1"}},
-      {"HuxleyMyBPC", "huxley", {"f = -1", "g0 = -1", "g1 = -1", "h = 0"}},
-      {"Duke",
-       "duke",
-       {"kBT = 0", "D = 0", "k_bind = -1", "k_12 = 0", "k_21_cap = 0", "k_adp = -1", "eta = -1"}},
-      {"Rombel", "rombel", {"kBT = 0", "D = -7", "k_bind = -1"}},
-      {"Vorn",
-       "vorn",
-       {"kBT = 0", "D = 0", "k_bind = -1", "k_12 = 0", "k_21_cap = 0", "k_adp = -1", "k_45 = -1",
-        "k_51 = -1", "k_15 = -1", "k_16 = -1", "k_ps_0 = -1", "ca_50 = 0", "k_ps_max = -1",
-        "eta = -1", "b_param = -1", "detachment_multiplier = 0"}},
-      {"BrekAtpaseFiber",
-       "brek_atpase_fiber",
-       {"kBT = 0", "D = 0", "k_bind = -1", "k_12 = 0", "k_21_cap = 0", "k_adp = -1", "k_34 = -1",
-        "k_61 = -1", "detachment_multiplier = 0", "eta = -1"}},
-      {"Tolen9", "numerics", {"dx = 0", "xe = -20", "dx = 1e-9"}},
-      {"Tolen9", "powerstroke", {"h = 0", "hd = -1"}},
-      {"Tolen9", "misc", {"eta3 = -1", "dco = -1"}},
-      {"Tolen9", "rates", {"k_45 = -1"}}};
+      {"Huxley", "huxley", "h=-1 h=0 f1=-1 g1=-1 g2=-1 g3=-1"},
+      {"HuxleyMyBPC", "huxley", "f=-1 g0=-1 g1=-1 h=0"},
+      {"Duke", "duke", "kBT=0 D=0 k_bind=-1 k_12=0 k_21_cap=0 k_adp=-1 eta=-1"},
+      {"Rombel", "rombel", "kBT=0 D=-7 k_bind=-1"},
+      {"Vorn", "vorn",
+       "kBT=0 D=0 k_bind=-1 k_12=0 k_21_cap=0 k_adp=-1 eta=-1 detachment_multiplier=0 k_45=-1 "
+       "k_51=-1 k_15=-1 k_16=-1 k_ps_0=-1 k_ps_max=-1 ca_50=0 b_param=-1"},
+      {"BrekAtpaseFiber", "brek_atpase_fiber",
+       "kBT=0 D=0 k_bind=-1 k_12=0 k_21_cap=0 k_adp=-1 eta=-1 detachment_multiplier=0 k_34=-1"},
+      {"Tolen9", "numerics", "dx=0 xe=-20 dx=1e-9"},
+      {"Tolen9", "powerstroke", "h=0 hd=-1"},
+      {"Tolen9", "misc", "eta3=-1 dco=-1"},
+      {"Tolen9", "rates", "k_45=-1"}};
   Spring spring(1.25);
   for (auto const& c : cases) {
-    for (std::string const& setting : c.settings) {
-      std::string const key = setting.substr(0, setting.find(' '));
-      expect_refusal([&] { read_model(c.model, spring, {c.section + (": " + setting)}); },
+    std::istringstream words(c.settings);
+    for (std::string setting; words >> setting;) {
+      std::string const key = setting.substr(0, setting.find('='));
+      expect_refusal([&] { read_model(c.model, spring, c.section + (": " + setting)); },
                      parameter_file_of(c.model) + ", section " + c.section + ": " + key + " is '");
     }
   }
@@ -247,23 +237,18 @@ TEST(KineticModels, RefuseValuesWithoutSense) {
   struct {
     char const* model;
     XB_Model& law;
-    Settings settings;
-    char const* message;
-  } const others[] = {
-      {"Duke", sigmoidal, {}, "SigmoidalStiffness has no energy"},
-      {"Tolen9", sigmoidal, {}, "integral table"},
-      {"Tolen9", slack, {}, "stiffness of the crossbridge"},
-      {"Tolen9", spring, {"tolen: model = C5"}, "ha is '0.0'"},
-      {"Tolen9", spring, {"tolen: model = C3", "powerstroke: ht = 0"}, "ht is '0'"},
-      {"Tolen9",
-       spring,
-       {"numerics: xs = 1e17", "numerics: xe = 1.00000000001e17", "numerics: dx = 5"},
-       "no end"}};
+    char const *settings, *message;
+  } const others[] = {{"Duke", sigmoidal, "", "SigmoidalStiffness has no energy"},
+                      {"Tolen9", sigmoidal, "", "integral table"},
+                      {"Tolen9", slack, "", "stiffness of the crossbridge"},
+                      {"Tolen9", spring, "tolen: model=C5", "ha is '0.0'"},
+                      {"Tolen9", spring, "tolen: model=C3; powerstroke: ht=0", "ht is '0'"},
+                      {"Tolen9", spring, "numerics: xs=1e17 xe=1.00000000001e17 dx=5", "no end"}};
   for (auto const& c : others) {
     expect_refusal([&] { read_model(c.model, c.law, c.settings); }, c.message);
   }
   write_file("ca_protocol.dat", "");
-  expect_refusal([&] { read_model("Vorn", spring, {"vorn: kBT = 0"}); }, "ca_protocol.dat");
+  expect_refusal([&] { read_model("Vorn", spring, "vorn: kBT=0"); }, "ca_protocol.dat");
 }
 
 }  // namespace

@@ -7,7 +7,7 @@ namespace {
 /// What f1 was divided by.
 double rescaling(std::string const& h) {
   Spring spring(1.0);
-  auto const model = make_model("Huxley", spring, {"huxley: f1 = 40", "huxley: h = " + h});
+  auto const model = make_model("Huxley", spring, "huxley: f1=40 h=" + h);
   return 40.0 / (std::stod(h) * model->get_k(1.0, 0, 1));
 }
 

@@ -28,11 +28,8 @@ struct CountedSpring : Spring {
 
 /// A scheme on a grid from -10 to 10 nm, whose strains are exact.
 std::unique_ptr<ModelTolen9_C3> make_scheme(std::string const& name, XB_Model& law,
-                                            std::vector<std::string> const& more) {
-  std::vector<std::string> settings = nine_states(name);
-  settings.insert(settings.end(),
-                  {"numerics: xs = -10", "numerics: xe = 10", "numerics: dx = 0.5"});
-  settings.insert(settings.end(), more.begin(), more.end());
+                                            std::string const& more = "") {
+  std::string const settings = nine_states(name) + "; numerics: xs=-10 xe=10 dx=0.5" + more;
   auto* const model = dynamic_cast<ModelTolen9_C3*>(make_model("Tolen9", law, settings).release());
   return std::unique_ptr<ModelTolen9_C3>(model);
 }
@@ -47,7 +44,7 @@ void for_all_pairs(Check check) {
 
 TEST(NineStateModel, BuildsItsTransitionsTablesAndFiles) {
   CountedSpring law;
-  auto const model = make_scheme("C3", law, {"rates: k_13 = 0", "rates: k_82 = 3"});
+  auto const model = make_scheme("C3", law, "; rates: k_13=0 k_82=3");
   EXPECT_FALSE(model->transitions[0][2]);
   EXPECT_TRUE(model->transitions[7][1]);
   EXPECT_TRUE(model->transitions[2][0]);
@@ -60,8 +57,8 @@ TEST(NineStateModel, BuildsItsTransitionsTablesAndFiles) {
 
 TEST(NineStateModel, StepTakesTheGridStrainAboveAndLinearGoesOnFromThere) {
   CountedSpring law;
-  auto const step = make_scheme("C7", law, {"numerics: interpolation = Step"});
-  auto const linear = make_scheme("C7", law, {});
+  auto const step = make_scheme("C7", law, "; numerics: interpolation=Step");
+  auto const linear = make_scheme("C7", law);
   struct {
     double x, grid_x;
     bool is_end;  // which holds
@@ -85,7 +82,7 @@ TEST(NineStateModel, StepTakesTheGridStrainAboveAndLinearGoesOnFromThere) {
 
 TEST(NineStateModel, ExactWorksOutEachStrainOnce) {
   CountedSpring law;
-  auto const model = make_scheme("C7", law, {"numerics: interpolation = Exact"});
+  auto const model = make_scheme("C7", law, "; numerics: interpolation=Exact");
   double const first = model->get_k(1.2, 8, 0);
   unsigned const asked = law.asked;
   for_all_pairs([&](unsigned from, unsigned to) { model->get_k(1.2, from, to); });
@@ -101,10 +98,9 @@ TEST(NineStateModel, ExactWorksOutEachStrainOnce) {
 
 TEST(NineStateModel, RescalesTheFourConstantsOfBinding) {
   CountedSpring law;
-  std::vector<std::string> rates = {"rates: k_28 = 40", "rates: k_26 = 5", "rates: k_37 = 20"};
+  std::string const rates = "; rates: k_28=40 k_26=5 k_37=20";
   auto const wide = make_scheme("C7", law, rates);
-  rates.push_back("misc: dco = 1");
-  auto const narrow = make_scheme("C7", law, rates);
+  auto const narrow = make_scheme("C7", law, rates + "; misc: dco=1");
   // In C7 the states 2 and 3 exchange at constant rates, so that the bound fraction is a box of
   // 141 points of 0.1 nm, its half width taken as 14.1 nm. Neighbours 5.5 m away add the part of
   // the box beyond 5.5 m - 14.1: 22.7, 17.2, 11.7, 6.2 and 0.7 of 28.2 nm on either side.
@@ -129,8 +125,8 @@ TEST(NineStateModel, RescalesTheFourConstantsOfBinding) {
 TEST(NineStateModel, C6StrokesOverTheBarrierOfItsLaw) {
   XB_ConstantStiffness law("");
   law.k = 8.0;
-  auto const model = make_scheme(
-      "C6", law, {"numerics: interpolation = Exact", "rates: k_45 = 70", "rates: k_57 = 60"});
+  auto const model =
+      make_scheme("C6", law, "; numerics: interpolation=Exact; rates: k_45=70 k_57=60");
   auto const energy = [](double p) { return 4.0 * p * p; };
   for (double const x : {-6.0, -4.0, -1.7, -0.3}) {
     auto const resistance = [&](double u) { return std::exp((energy(x + u) - energy(x)) / 4.0); };

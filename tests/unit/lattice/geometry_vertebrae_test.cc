@@ -9,15 +9,12 @@
 
 namespace {
 
-using Settings = std::vector<std::string>;
-
-FilamentData filament(Settings const& settings = {}) {
+FilamentData filament(std::string const& settings = "") {
   return filament_of(*make_lattice("Vertebrae", settings));
 }
 
 TEST(GeometryVertebrae, LengthsBetweenItsEnds) {
-  auto const lattice =
-      make_lattice("Vertebrae", {"actin: a_offset = 30", "titin: titin_length = 2"});
+  auto const lattice = make_lattice("Vertebrae", "actin: a_offset=30; titin: titin_length=2");
   for (unsigned fibre : {1u, 2u}) EXPECT_EQ(filament_of(*lattice).x[fibre][0], 30.0);
   EXPECT_DOUBLE_EQ(lattice->actin_end, 1080.0);
   EXPECT_DOUBLE_EQ(lattice->titin_extension, 1080.0 - 825.7 - 2.0);
@@ -42,8 +39,8 @@ TEST(GeometryVertebrae, NebulinLimitsFollowTheirDistributions) {
                      {3, 0.5, full_length}};
   for (auto const& c : cases) {
     ScriptedRand::script({c.variate, 1.0});
-    auto const data = filament(
-        {"nebulin: nebulinDeficiency = " + std::to_string(c.kind), "actin: a_offset = 30"});
+    auto const data =
+        filament("actin: a_offset=30; nebulin: nebulinDeficiency=" + std::to_string(c.kind));
     EXPECT_NEAR(data.nebulin_limit.at(0), 30.0 + c.lost, 1e-5) << c.kind << ' ' << c.variate;
   }
 }
@@ -53,8 +50,7 @@ TEST(GeometryVertebrae, DrawsLengthsFirstThenOncePerCrown) {
   for (int i = 0; i < 50; ++i) variates.push_back(i % 7 == 0 ? 0.2999 : 0.3001);
   ScriptedRand::script(variates);
   FilamentData const data =
-      filament({"nebulin: nebulinDeficiency = 2", "myosin: slowHeads_percent = 30",
-                "myosin: fastHeads_percent = 70"});
+      filament("nebulin: nebulinDeficiency=2; myosin: slowHeads_percent=30 fastHeads_percent=70");
   EXPECT_EQ(ScriptedRand::draws(), 52u);
   EXPECT_LT(data.nebulin_limit.at(0), data.nebulin_limit.at(1));  // fibre 1 has drawn 0.9
   for (unsigned i = 0; i < 150; ++i) EXPECT_EQ(data.heads[i].model_index, i / 3 % 7 == 0 ? 0u : 1u);
@@ -66,8 +62,8 @@ TEST(GeometryVertebrae, ProteinCSitsBehindTheHeadsOfEveryThirdCrown) {
   // The default 7 crowns from crown 15 on, and as many as there is room for.
   for (unsigned const n : {7u, 12u}) {
     ScriptedRand::reset();
-    FilamentData const data = filament(
-        {"protein-C: proteinCIndicator = 1", "protein-C: proteinCNumber = " + std::to_string(n)});
+    FilamentData const data =
+        filament("protein-C: proteinCIndicator=1 proteinCNumber=" + std::to_string(n));
     EXPECT_EQ(ScriptedRand::draws(), 50u);
     ASSERT_EQ(data.heads.size(), 150 + 3 * n);
     unsigned next = 0;
@@ -82,7 +78,7 @@ TEST(GeometryVertebrae, ProteinCSitsBehindTheHeadsOfEveryThirdCrown) {
       }
     }
   }
-  filament({"protein-C: proteinCNumber = 13"});  // too many, but not enabled
+  filament("protein-C: proteinCNumber=13");  // too many, but not enabled
 }
 
 TEST(GeometryVertebrae, ChainsAreTheTwoStrandsOfEachThinFilament) {

@@ -19,7 +19,6 @@
 
 namespace {
 
-using Settings = std::vector<std::string>;
 using Candidates = std::vector<std::tuple<unsigned, unsigned, double>>;  // fibre, site, weight
 
 bool is_free(FilamentData const& data, unsigned fibre, unsigned site) {
@@ -161,12 +160,12 @@ TEST(Lattices, KnowTheStiffnessOfEachFibre) {
     char const *lattice, *setting;
     std::vector<double> EA;  // the last is that of a fibre that isn't there
   } const cases[] = {
-      {"Simple", "actin: a_actin = 7", {3.25e3 * 5.0, 1.27e3 * 7.0, 0.0}},
-      {"Flight", "actin: e_actin3 = 9", {176000, 1.27e3 * 50.4, 1.27e3 * 50.4, 9 * 50.4, 0}},
-      {"Tolen", "actin: a_actin1 = 9", {176000, 1.27e3 * 9, 1.27e3 * 50.4, 0}},
-      {"Vertebrae", "actin: e_actin2 = 9", {176000, 1.27e3 * 50.4, 9 * 50.4, 0}}};
+      {"Simple", "actin: a_actin=7", {3.25e3 * 5.0, 1.27e3 * 7.0, 0.0}},
+      {"Flight", "actin: e_actin3=9", {176000, 1.27e3 * 50.4, 1.27e3 * 50.4, 9 * 50.4, 0}},
+      {"Tolen", "actin: a_actin1=9", {176000, 1.27e3 * 9, 1.27e3 * 50.4, 0}},
+      {"Vertebrae", "actin: e_actin2=9", {176000, 1.27e3 * 50.4, 9 * 50.4, 0}}};
   for (auto const& c : cases) {
-    auto const lattice = make_lattice(c.lattice, {c.setting});
+    auto const lattice = make_lattice(c.lattice, c.setting);
     for (unsigned fibre = 0; fibre < c.EA.size(); ++fibre) {
       double e = -1.0, a = -1.0;
       lattice->get_fibre_stiffness(fibre, e, a);
@@ -190,32 +189,31 @@ void expect_candidates(Geometry const& lattice, FilamentData const& data, Shape 
 
 /// Short filaments, so that some heads stand beside their ends, with distances exact in binary, so
 /// that some sites lie just at the end of a reach.
-Settings const short_filaments = {"myosin: myosin_offset = 80", "myosin: dx_myosin = 16",
-                                  "actin: dx_actin = 4", "actin: length_actin = 400"};
+std::string const short_filaments =
+    "myosin: myosin_offset=80 dx_myosin=16; actin: dx_actin=4 length_actin=400";
 
 TEST(Lattices, OfferEveryFreeSiteInReachInOrder) {
   struct {
-    std::string lattice;
-    Settings settings;
-  } cases[] = {{"Simple", {}},
-               {"Simple", short_filaments},
-               {"Flight", {}},
-               {"Flight", short_filaments},
-               {"Tolen", {}},
-               {"Tolen", short_filaments},
-               {"Tolen", {"numerics: model = C3"}},
-               {"Tolen", {"actin: actin_period = 7"}},  // equal sites in one reach
-               {"Vertebrae", {}},
-               {"Vertebrae", short_filaments},
-               // So thick that crowns of class 0 would find sites on fibre 2.
-               {"Vertebrae", {"actin: a_offset = 200", "axial: radius_actin = 12"}},
-               {"Vertebrae", {"nebulin: nebulinDeficiency = 2"}}};
-  for (auto& c : cases) {
-    SCOPED_TRACE(c.lattice + (c.settings.empty() ? "" : ", " + c.settings[0]));
+    std::string lattice, settings;
+  } const cases[] = {{"Simple", ""},
+                     {"Simple", short_filaments},
+                     {"Flight", ""},
+                     {"Flight", short_filaments},
+                     {"Tolen", ""},
+                     {"Tolen", short_filaments},
+                     {"Tolen", "numerics: model=C3"},
+                     {"Tolen", "actin: actin_period=7"},  // equal sites in one reach
+                     {"Vertebrae", ""},
+                     {"Vertebrae", short_filaments},
+                     // So thick that crowns of class 0 would find sites on fibre 2.
+                     {"Vertebrae", "actin: a_offset=200; axial: radius_actin=12"},
+                     {"Vertebrae", "nebulin: nebulinDeficiency=2"}};
+  for (auto const& c : cases) {
+    SCOPED_TRACE(c.lattice + ", " + c.settings);
     Shape const& shape = shapes.at(c.lattice);
     double const xamax = c.settings == short_filaments ? 16.0 : shape.xamax;
-    c.settings.push_back("numerics: xamax = " + std::to_string(xamax));
-    auto const lattice = make_lattice(c.lattice, c.settings);
+    auto const lattice =
+        make_lattice(c.lattice, "numerics: xamax=" + std::to_string(xamax) + "; " + c.settings);
     FilamentData data = filament_of(*lattice);
     std::set<unsigned> fibres;
     expect_candidates(*lattice, data, shape, xamax, fibres);
@@ -241,43 +239,38 @@ TEST(Lattices, OfferEveryFreeSiteInReachInOrder) {
 TEST(Lattices, RefuseSizesWithoutSenseAndTakeTheSeriesElement) {
   struct {
     std::string lattices;  // by their initials
-    Settings settings;
-    std::string message;
+    std::string settings, message;
   } const cases[] = {
-      {"SFTV", {"myosin: myosin_offset = 0"}, "section myosin: myosin_offset is '0'"},
-      {"SFTV", {"myosin: dx_myosin = -14.3"}, "section myosin: dx_myosin is '-14\\.3'"},
-      {"SFTV", {"myosin: a_mysoin = 0"}, "a_mysoin is '0'"},
-      {"SFTV", {"myosin: e_mysoin = nan"}, "e_mysoin"},
-      {"SFTV", {"actin: dx_actin = 0"}, "section actin: dx_actin is '0'"},
-      {"SFTV",
-       {"actin: length_actin = 3"},
+      {"SFTV", "myosin: myosin_offset=0", "section myosin: myosin_offset is '0'"},
+      {"SFTV", "myosin: dx_myosin=-14.3", "section myosin: dx_myosin is '-14\\.3'"},
+      {"SFTV", "myosin: a_mysoin=0", "a_mysoin is '0'"},
+      {"SFTV", "myosin: e_mysoin=nan", "e_mysoin"},
+      {"SFTV", "actin: dx_actin=0", "section actin: dx_actin is '0'"},
+      {"SFTV", "actin: length_actin=3",
        "length_actin is '3'; accepted: 2 to a million times dx_actin"},
-      {"SFTV", {"actin: length_actin = inf"}, "length_actin"},
-      {"SFTV", {"numerics: xamax = 0"}, "xamax is '0'"},
-      {"SFTV", {"see: see_damping_factor = -1"}, "see_damping_factor is '-1'"},
-      {"SFTV", {"see: see_stiffness = ThreeLinearForce"}, "ThreeLinearForce"},
-      {"SFT", {"myosin: myosin_heads = 0"}, "myosin_heads is '0'; accepted: a whole number"},
-      {"SFT", {"myosin: myosin_heads = 2000000000"}, "accepted: 1 to a million"},
-      {"FTV", {"actin: actin_period = 0"}, "actin_period is '0'"},
-      {"FTV", {"actin: actin_period = 2000000000"}, "accepted: 1 to a million"},
-      {"FTV", {"actin: e_actin2 = -1"}, "e_actin2 is '-1'"},
-      {"FV", {"axial: radius_actin = -1"}, "radius_actin is '-1'"},
-      {"FV", {"axial: d_actin_myosin = 1e-3"}, "no head can see any site"},
-      {"V", {"myosin: myosin_crowns = -3"}, "myosin_crowns is '-3'"},
-      {"V",
-       {"myosin: slowHeads_percent = 30", "myosin: fastHeads_percent = 60"},
+      {"SFTV", "actin: length_actin=inf", "length_actin"},
+      {"SFTV", "numerics: xamax=0", "xamax is '0'"},
+      {"SFTV", "see: see_damping_factor=-1", "see_damping_factor is '-1'"},
+      {"SFTV", "see: see_stiffness=ThreeLinearForce", "ThreeLinearForce"},
+      {"SFT", "myosin: myosin_heads=0", "myosin_heads is '0'; accepted: a whole number"},
+      {"SFT", "myosin: myosin_heads=2000000000", "accepted: 1 to a million"},
+      {"FTV", "actin: actin_period=0", "actin_period is '0'"},
+      {"FTV", "actin: actin_period=2000000000", "accepted: 1 to a million"},
+      {"FTV", "actin: e_actin2=-1", "e_actin2 is '-1'"},
+      {"FV", "axial: radius_actin=-1", "radius_actin is '-1'"},
+      {"FV", "axial: d_actin_myosin=1e-3", "no head can see any site"},
+      {"V", "myosin: myosin_crowns=-3", "myosin_crowns is '-3'"},
+      {"V", "myosin: slowHeads_percent=30 fastHeads_percent=60",
        "slowHeads_percent is '30' and fastHeads_percent '60'"},
-      {"V",
-       {"protein-C: proteinCIndicator = 1", "protein-C: proteinCNumber = 13"},
-       "proteinCNumber is '13'.*12"}};
+      {"V", "protein-C: proteinCIndicator=1 proteinCNumber=13", "proteinCNumber is '13'.*12"}};
   for (auto const& shape : shapes) {
     for (auto const& [lattices, settings, message] : cases) {
       if (lattices.find(shape.first[0]) == std::string::npos) continue;
       expect_refusal([&, &s = settings] { read_lattice(shape.first, s); },
                      parameter_file_of(shape.first) + ".*" + message);
     }
-    auto const lattice = make_lattice(
-        shape.first, {"see: see_stiffness = StiffnessFunction", "see: see_damping_factor = 2.5"});
+    auto const lattice =
+        make_lattice(shape.first, "see: see_stiffness=StiffnessFunction see_damping_factor=2.5");
     EXPECT_EQ(lattice->see_stiffness, "StiffnessFunction");
     EXPECT_EQ(lattice->see_damping_factor, 2.5);
   }

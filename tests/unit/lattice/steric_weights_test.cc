@@ -18,7 +18,7 @@ double weight_of(std::vector<BindingSite_s> const& out) {
 }
 
 struct Flight : GeometryFlight {
-  Flight() : GeometryFlight((write_settings("geom_flight.prm", {}), GeometryParameter_s{})) {}
+  Flight() : GeometryFlight((write_settings("geom_flight.prm", ""), GeometryParameter_s{})) {}
   double weight(unsigned crown, unsigned head, unsigned site, unsigned fibre) const {
     std::vector<BindingSite_s> out;
     get_angles_cached(head, crown, site, fibre, out, 1.0);
@@ -28,7 +28,7 @@ struct Flight : GeometryFlight {
 
 struct Vertebrae : GeometryVertebrae {
   Vertebrae()
-      : GeometryVertebrae((write_settings("geom_vertebrae.prm", {}), GeometryParameter_s{})) {}
+      : GeometryVertebrae((write_settings("geom_vertebrae.prm", ""), GeometryParameter_s{})) {}
   double weight(unsigned crown, unsigned head, unsigned site, unsigned fibre) const {
     std::vector<BindingSite_s> out;
     get_angles_cached(head, crown, site, fibre, out);
@@ -104,7 +104,7 @@ void expect_angle(double angle, double expected) {
 TEST(SiteAngles, WindByTheRuleOfTheLattice) {
   double const step = 2.0 * M_PI / 13.0;
   Vertebrae const vertebrae;
-  auto const c3 = make_lattice("Tolen", {"numerics: model = C3"}), c4 = make_lattice("Tolen");
+  auto const c3 = make_lattice("Tolen", "numerics: model=C3"), c4 = make_lattice("Tolen");
   auto const& two_strands = dynamic_cast<GeometryTolen const&>(*c3);
   auto const& one_strand = dynamic_cast<GeometryTolen const&>(*c4);
   for (unsigned site = 0; site < 80; ++site) {
