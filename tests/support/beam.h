@@ -32,22 +32,25 @@ struct Beam {
     return result;
   }
 
+  dealii::FullMatrix<double> inverse(std::map<unsigned, double> const& held) const {
+    dealii::FullMatrix<double> result = matrix(held);
+    result.gauss_jordan();
+    return result;
+  }
+
   dealii::Vector<double> angles(std::map<unsigned, double> const& held) const {
-    dealii::FullMatrix<double> inverse = matrix(held);
-    inverse.gauss_jordan();
     dealii::Vector<double> load(n), result(n);
     for (auto const& [node, angle] : held) load[node] = angle;
-    inverse.vmult(result, load);
+    inverse(held).vmult(result, load);
     return result;
   }
 
   /// Thermal variance of each node's angle, in units of that of an endless free beam.
   dealii::Vector<double> variances(std::map<unsigned, double> const& held) const {
-    dealii::FullMatrix<double> inverse = matrix(held);
-    inverse.gauss_jordan();
+    auto const flexibility = inverse(held);
     dealii::Vector<double> result(n);
     for (unsigned i = 0; i < n; ++i) {
-      result[i] = held.count(i) != 0 ? 0.0 : inverse(i, i) * 8.0 * std::pow(xi, 3);
+      if (held.count(i) == 0) result[i] = flexibility(i, i) * 8.0 * std::pow(xi, 3);
     }
     return result;
   }

@@ -7,32 +7,11 @@
 
 namespace {
 
-char const* const geometry_text = R"(
-subsection myosin
-  set myosin_offset = 20
-  set myosin_crowns = 6
-  set dx_myosin = 10
-  set e_mysoin = 300
-  set a_mysoin = 10
-  set slowHeads_percent = 100
-  set fastHeads_percent = 0
-end
-subsection actin
-  set dx_actin = 5
-  set length_actin = 100
-  set e_actin1 = 200
-  set a_actin1 = 10
-  set e_actin2 = 260
-  set a_actin2 = 10
-end
-subsection titin
-  set titin_length = 10
-end
-subsection protein-C
-  set proteinCStartPosition = 0
-  set proteinCNumber = 1
-end
-)";
+char const* const geometry_settings =
+    "myosin: myosin_offset=20 myosin_crowns=6 dx_myosin=10 e_mysoin=300 a_mysoin=10 "
+    "slowHeads_percent=100 fastHeads_percent=0; actin: dx_actin=5 length_actin=100 e_actin1=200 "
+    "a_actin1=10 e_actin2=260 a_actin2=10; titin: titin_length=10; protein-C: "
+    "proteinCStartPosition=0 proteinCNumber=1";
 
 }  // namespace
 
@@ -50,7 +29,7 @@ SmallLattice::SmallLattice(LatticeSettings const& wanted)
       boundary(filaments, see),
       equilibrium(parameter, filaments, see, boundary) {
   currentTimeStep = step;
-  write_file("geom_vertebrae.prm", geometry_text);
+  write_settings("geom_vertebrae.prm", geometry_settings);
   geometry = std::make_unique<GeometryVertebrae>(GeometryParameter_s{});
   geometry->titin_enabled = wanted.titin_stiffness > 0.0 ? 1 : 0;
   geometry->proteinC_enabled = wanted.protein_c ? 1 : 0;

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "elastic/XB_TwoPartSigmoidalStiffness.h"
+#include "elastic/XB_Models.h"
 #include "elastic/create_law.h"
 #include "support/expect_refusal.h"
 #include "support/quadrature.h"
@@ -15,16 +15,14 @@
 
 namespace {
 
-using Settings = std::vector<std::string>;
-
-/// The law of that name, which prints.
-XB_Model& read_law(std::string const& name, Settings const& settings) {
-  write_parameters("xb_" + name + ".prm", name, settings);
+/// The law of that name, with settings as "key=value key=value"; it prints.
+XB_Model& read_law(std::string const& name, std::string const& settings) {
+  write_settings("xb_" + name + ".prm", name + ": " + settings);
   return *create_elastic_law(name, "xb_");
 }
 
 /// The same; what it prints goes to `printed`.
-XB_Model& law(std::string const& name, Settings const& settings = {},
+XB_Model& law(std::string const& name, std::string const& settings = "",
               std::string* printed = nullptr) {
   testing::internal::CaptureStdout();
   XB_Model& made = read_law(name, settings);
@@ -35,7 +33,7 @@ XB_Model& law(std::string const& name, Settings const& settings = {},
 
 XB_Model& tabulated(std::string const& rows) {
   write_file("k.dat", rows);
-  return law("StiffnessFunction", {"xbStiffnessFileName = k.dat"});
+  return law("StiffnessFunction", "xbStiffnessFileName=k.dat");
 }
 
 double work(XB_Model const& model, double a, double b, int n) {
@@ -74,33 +72,43 @@ TEST(ElasticLaws, ForceIsTheIntegralOfStiffnessAndEnergyThatOfForce) {
 }
 
 TEST(ElasticLaws, GoThroughTheValuesOfTheirParameters) {
-  EXPECT_EQ(create_elastic_law("constantStiffness", "xb_"), nullptr);
-  EXPECT_EQ(law("ConstantStiffness").xbType, 0);  // which snapshots go by
-  EXPECT_NE(law("TwoPartSigmoidalStiffness").xbType, 0);
-  EXPECT_DOUBLE_EQ(law("ConstantStiffness", {"k = 2.5"}).GetForce(-3.0), -7.5);
-  EXPECT_DOUBLE_EQ(law("ConstantStiffness", {"k = 2.5"}).GetEnergy(-4.0), 20.0);
-
+  std::string const two_part =
+      "a_right=2 b_right=0.5 x0_right=1 k0_right=3 a_left=4 b_left=0.5 c_left=8 d_left=2 "
+      "k0_left=0.25";
+  auto const left = [](double x) { return 4 * std::exp(x / 2) + 0.25 + 8 * std::exp(2 * x); };
+  struct {
+    std::string name, settings;
+    double (XB_Model::*value)(double) const;
+    double x, expected;
+  } const cases[] = {
+      {"ConstantStiffness", "k=2.5", &XB_Model::GetForce, -3.0, -7.5},
+      {"ConstantStiffness", "k=2.5", &XB_Model::GetEnergy, -4.0, 20.0},
+      {"SigmoidalStiffness", "", &XB_Model::GetStiffness, 0.01, 0.08 + 2.45 / 2},
+      {"SigmoidalStiffness", "", &XB_Model::GetStiffness, -30.0, 0.08},
+      {"SigmoidalStiffness", "", &XB_Model::GetStiffness, 30.0, 0.08 + 2.45},
+      {"SigmoidalStiffness", "", &XB_Model::GetForce, 0.0, 1.225 * std::log(std::exp(0.02) + 1)},
+      {"ThreeLinearForce", "", &XB_Model::GetForce, -83.0, -9.1864},
+      {"ThreeLinearForce", "", &XB_Model::GetForce, -76.5709, -4.0105},
+      {"ThreeLinearForce", "", &XB_Model::GetForce, -0.4704, -0.9818},
+      {"ThreeLinearForce", "", &XB_Model::GetForce, 8.0, 19.94},
+      {"TwoPartSigmoidalStiffness", two_part, &XB_Model::GetStiffness, 1.0, 4.0},
+      {"TwoPartSigmoidalStiffness", two_part, &XB_Model::GetStiffness, 1 + std::log(3) / 2, 4.5},
+      {"TwoPartSigmoidalStiffness", two_part, &XB_Model::GetStiffness, -2.0, left(-2.0)},
+      {"TwoPartSigmoidalStiffness", two_part, &XB_Model::GetStiffness, -0.8042 - 1e-9,
+       left(-0.8042 - 1e-9)},
+      {"TwoPartSigmoidalStiffness", two_part, &XB_Model::GetStiffness, -0.8042,
+       3 + 2 / (1 + std::exp(2 * 1.8042))}};
+  for (auto const& c : cases) {
+    XB_Model const& made = law(c.name, c.settings);
+    EXPECT_NEAR((made.*c.value)(c.x), c.expected, 1e-12) << c.name << " at " << c.x;
+    EXPECT_EQ(made.xbType == 0, c.name == "ConstantStiffness");  // which snapshots go by
+  }
   std::string printed;
-  XB_Model const& sigmoidal = law("SigmoidalStiffness", {}, &printed);
-  EXPECT_NE(sigmoidal.xbType, 0);
+  law("SigmoidalStiffness", "", &printed);
   EXPECT_EQ(printed, "x0 = 0.010000\nk0 = 0.080000\na = 2.450000\nb = 0.500000\n");
-  EXPECT_DOUBLE_EQ(sigmoidal.GetStiffness(0.01), 0.08 + 2.45 / 2.0);
-  EXPECT_NEAR(sigmoidal.GetStiffness(-30.0), 0.08, 1e-12);
-  EXPECT_NEAR(sigmoidal.GetStiffness(30.0), 0.08 + 2.45, 1e-12);
-  EXPECT_NEAR(sigmoidal.GetForce(0.0), 2.45 * 0.5 * std::log(std::exp(0.02) + 1.0), 1e-14);
-
-  XB_Model const& three_linear = law("ThreeLinearForce", {}, &printed);
-  EXPECT_NE(three_linear.xbType, 0);
+  law("ThreeLinearForce", "", &printed);
   EXPECT_EQ(std::count(printed.begin(), printed.end(), '\n'), 9);  // a heading, eight values
-  std::pair<double, double> const points[] = {
-      {-83.0, -9.1864},
-      {-76.5709, -4.0105},
-      {-0.4704, -0.9818},
-      {8.0, 19.94},
-      // As far outside an end as the inner break lies inside: the force mirrors.
-      {-83.0 - 6.4291, 2 * -9.1864 + 4.0105},
-      {8.0 + 8.4704, 2 * 19.94 + 0.9818}};
-  for (auto const& [x, F] : points) EXPECT_NEAR(three_linear.GetForce(x), F, 1e-12) << x;
+  EXPECT_EQ(create_elastic_law("constantStiffness", "xb_"), nullptr);
 }
 
 TEST(ElasticLaws, IntegralTableIsDawsonsIntegralWhereThereIsAnEnergy) {
@@ -138,7 +146,6 @@ TEST(XB_StiffnessFunction, EachCurveIsTheIntegralOfTheOneBefore) {
   double const rows[] = {-6.0, -2.5, -1.0, 0.0, 0.5, 2.0, 7.0};
   XB_Model const& law =
       tabulated("-6 0.25\n-2.5 0.5 remark\n\n-1\t1.0\n0 1.5\n0.5 2\n2 2.5\n7 1.5\n");
-  EXPECT_NE(law.xbType, 0);
   EXPECT_EQ(law.GetForce(0.0), 0.0);
   EXPECT_EQ(law.GetEnergy(0.0), 0.0);
   // Between rows the curves are straight, so that Simpson's rule adds no error of its own.
@@ -164,21 +171,8 @@ TEST(XB_StiffnessFunction, SegmentAcrossZeroCountsOnNeitherSide) {
   EXPECT_EQ(law.GetEnergy(-3.0), 4.0);
 }
 
-TEST(XB_TwoPartSigmoidalStiffness, IsExponentialBelowTheSplitAndSigmoidalFromThereOn) {
-  auto const& two_part = dynamic_cast<XB_TwoPartSigmoidalStiffness&>(
-      law("TwoPartSigmoidalStiffness",
-          {"a_right = 2", "b_right = 0.5", "x0_right = 1", "k0_right = 3", "a_left = 4",
-           "b_left = 0.5", "c_left = 8", "d_left = 2", "k0_left = 0.25"}));
-  EXPECT_DOUBLE_EQ(two_part.GetStiffness(1.0), 4.0);
-  EXPECT_DOUBLE_EQ(two_part.GetStiffness(1.0 + 0.5 * std::log(3.0)), 4.5);
-  EXPECT_NEAR(two_part.GetStiffness(-2.0), 4.0 * std::exp(-1.0) + 0.25 + 8.0 * std::exp(-4.0),
-              1e-14);
-  EXPECT_EQ(two_part.GetStiffness(-0.8042), two_part.GetStiffnessRight(-0.8042));
-  EXPECT_EQ(two_part.GetStiffness(-0.80420001), two_part.GetStiffnessLeft(-0.80420001));
-}
-
 TEST(XB_TwoPartSigmoidalStiffness, ForceAndEnergyAreTheIntegralsFromZero) {
-  XB_Model const& two_part = law("TwoPartSigmoidalStiffness", {"x_start = -4", "x_end = 4"});
+  XB_Model const& two_part = law("TwoPartSigmoidalStiffness", "x_start=-4 x_end=4");
   double energy = 0.0;
   for (int i = 1; i <= 50; ++i) {
     for (double const side : {-1.0, 1.0}) {
@@ -204,16 +198,16 @@ TEST(ElasticLaws, RefuseWhatTheyCannotUse) {
   struct {
     char const *name, *setting, *message;
   } const cases[] = {
-      {"SigmoidalStiffness", "b = 0", ".prm, section SigmoidalStiffness: b is '0'"},
-      {"ThreeLinearForce", "T1 = 1", "T2 is '-0.4704'"},
-      {"TwoPartSigmoidalStiffness", "x_start = 0.1", "x_start is '0.1'"},
-      {"TwoPartSigmoidalStiffness", "x_end = 0", "x_end is '0'"},
-      {"TwoPartSigmoidalStiffness", "x_end = 1e-17", "the grid's last extension"},
-      {"TwoPartSigmoidalStiffness", "b_right = 0", "b_right is '0'"},
-      {"TwoPartSigmoidalStiffness", "b_left = -300", "the energy at extension -25 is 'inf'"},
-      {"StiffnessFunction", "xbStiffnessFileName = lost.dat",
+      {"SigmoidalStiffness", "b=0", ".prm, section SigmoidalStiffness: b is '0'"},
+      {"ThreeLinearForce", "T1=1", "T2 is '-0.4704'"},
+      {"TwoPartSigmoidalStiffness", "x_start=0.1", "x_start is '0.1'"},
+      {"TwoPartSigmoidalStiffness", "x_end=0", "x_end is '0'"},
+      {"TwoPartSigmoidalStiffness", "x_end=1e-17", "the grid's last extension"},
+      {"TwoPartSigmoidalStiffness", "b_right=0", "b_right is '0'"},
+      {"TwoPartSigmoidalStiffness", "b_left=-300", "the energy at extension -25 is 'inf'"},
+      {"StiffnessFunction", "xbStiffnessFileName=lost.dat",
        "^No fajl XB\\(SEE\\) stiffness! lost\\.dat\n.*xb_StiffnessFunction\\.prm"}};
-  for (auto const& c : cases) expect_refusal([&] { read_law(c.name, {c.setting}); }, c.message);
+  for (auto const& c : cases) expect_refusal([&] { read_law(c.name, c.setting); }, c.message);
   std::pair<char const*, char const*> const tables[] = {
       {"0 1\n", "k.dat: the number of rows is '1'"},
       {"-1 1\n1 one\n", "k.dat, line 2: the line is '1 one'"},
@@ -223,7 +217,7 @@ TEST(ElasticLaws, RefuseWhatTheyCannotUse) {
       {"0 1\n2 1\n", "k.dat: the range of extensions is '0 to 2'"}};
   for (auto const& [rows, message] : tables) {
     write_file("k.dat", rows);
-    expect_refusal([] { read_law("StiffnessFunction", {"xbStiffnessFileName = k.dat"}); }, message);
+    expect_refusal([] { read_law("StiffnessFunction", "xbStiffnessFileName=k.dat"); }, message);
   }
 }
 

@@ -1,7 +1,8 @@
 // Would catch: in any registered model a rate that is negative or not finite, an attached state 0,
 // a lever in a wrong state, two forms of a rate that differ, a start without occupancies, a value
 // without sense that is taken; in the models of the tables a closed form with a wrong branch, a
-// constant on the transition of a neighbouring key, a site factor on a wrong transition, calcium
+// constant on the transition of a neighbouring key, binding that is shared
+// among other sites than those in reach, a site factor on a wrong transition, calcium
 // that doesn't follow the clock, the parameter file of another model.
 
 #include <cmath>
@@ -120,6 +121,24 @@ TEST(KineticModels, RatesAreClosedFormsOfTheStrain) {
       EXPECT_DOUBLE_EQ(model->get_k(x, c.from, c.to), k) << c.model << c.from << c.to << ' ' << x;
     }
   }
+}
+
+/// What f1 was divided by.
+double huxley_rescaling(std::string const& h) {
+  Spring spring(1.0);
+  auto const model = make_model("Huxley", spring, "huxley: f1=40 h=" + h);
+  return 40.0 / (std::stod(h) * model->get_k(1.0, 0, 1));
+}
+
+TEST(KineticModels, BindingOfHuxleyIsSharedAmongTheSitesInReach) {
+  EXPECT_EQ(huxley_rescaling("5.5"), 1.0);
+  // The sites 5.5 m away on both sides add 2 (1 - 5.5 m / h) to the flux of one.
+  EXPECT_NEAR(huxley_rescaling("8"), 1.625, 0.01);  // sums of 0.1 nm steps
+  EXPECT_NEAR(huxley_rescaling("12"), 2.25, 0.02);
+  EXPECT_NEAR(huxley_rescaling("30"), 5.5, 0.02);
+  // By hand: strains 0, 0.1 .. 6.0 give 183; a neighbour stands where a step ends at or beyond
+  // 5.5 (5.5 to 6.0: 34.5; 55 steps of 0.1 end just below it) or up to 0.55 (0 to 0.4: 1.0).
+  EXPECT_NEAR(huxley_rescaling("6.05"), 1.0 + 35.5 / 183.0, 1e-12);
 }
 
 TEST(KineticModels, ConstantRatesStandOnTheTransitionsOfTheirNames) {
