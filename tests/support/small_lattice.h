@@ -26,7 +26,7 @@ struct TestSpring : XB_Model {
   double GetStiffness(double) const override { return told; }
   double GetForce(double x) const override { return k * x; }
   double GetEnergy(double x) const override { return 0.5 * k * x * x; }
-  bool IsNonLinear() const override { return false; }
+  bool IsNonLinear() const override { return k != told; }
   double k;
   double told;
 };
