@@ -3,8 +3,6 @@
 
 #include "base/factory.h"
 
-#include <gtest/gtest.h>
-
 #include "activation/activation.h"
 #include "control/macro_model.h"
 #include "kinetics/model.h"
@@ -21,10 +19,6 @@ struct Shape {
 
 struct Polygon : Shape {
   using Shape::Shape;
-};
-
-struct Prism : Shape {
-  explicit Prism(int n) : Shape(2 * n) {}
 };
 
 using Shapes = Factory<Shape, int>;
@@ -47,7 +41,7 @@ TEST(Factory, CreatesByTheExactNameOnly) {
 TEST(Factory, LaterRegistrationReplacesTheFirst) {
   Shapes& shapes = Shapes::instance();
   shapes.register_type("Solid", &FactoryHelper<Polygon, Shape, int>::create);
-  shapes.register_type("Solid", &FactoryHelper<Prism, Shape, int>::create);
+  shapes.register_type("Solid", [](int const& n) { return new Shape(2 * n); });
   std::unique_ptr<Shape> const made(shapes.create_type("Solid", 5));
   EXPECT_EQ(made->corners, 10);
 }

@@ -72,36 +72,32 @@ TEST(ElasticLaws, ForceIsTheIntegralOfStiffnessAndEnergyThatOfForce) {
 }
 
 TEST(ElasticLaws, GoThroughTheValuesOfTheirParameters) {
-  std::string const two_part =
-      "a_right=2 b_right=0.5 x0_right=1 k0_right=3 a_left=4 b_left=0.5 c_left=8 d_left=2 "
-      "k0_left=0.25";
-  auto const left = [](double x) { return 4 * std::exp(x / 2) + 0.25 + 8 * std::exp(2 * x); };
+  std::string const two_part = "TwoPartSigmoidalStiffness";
+  std::string const right = "a_right=2 b_right=0.5 x0_right=1 k0_right=3";
+  std::string const left = "a_left=4 b_left=0.5 c_left=8 d_left=2 k0_left=0.25";
+  auto const K_left = [](double x) { return 4 * std::exp(x / 2) + 0.25 + 8 * std::exp(2 * x); };
+  double const split = -0.8042, K_split = 3 + 2 / (1 + std::exp(2 * (1 - split)));
+  double const before = split - 1e-9;
+  auto const K = &XB_Model::GetStiffness, F = &XB_Model::GetForce, E = &XB_Model::GetEnergy;
   struct {
     std::string name, settings;
-    double (XB_Model::*value)(double) const;
-    double x, expected;
+    double (XB_Model::*curve)(double) const;
+    std::vector<std::pair<double, double>> points;
   } const cases[] = {
-      {"ConstantStiffness", "k=2.5", &XB_Model::GetForce, -3.0, -7.5},
-      {"ConstantStiffness", "k=2.5", &XB_Model::GetEnergy, -4.0, 20.0},
-      {"SigmoidalStiffness", "", &XB_Model::GetStiffness, 0.01, 0.08 + 2.45 / 2},
-      {"SigmoidalStiffness", "", &XB_Model::GetStiffness, -30.0, 0.08},
-      {"SigmoidalStiffness", "", &XB_Model::GetStiffness, 30.0, 0.08 + 2.45},
-      {"SigmoidalStiffness", "", &XB_Model::GetForce, 0.0, 1.225 * std::log(std::exp(0.02) + 1)},
-      {"ThreeLinearForce", "", &XB_Model::GetForce, -83.0, -9.1864},
-      {"ThreeLinearForce", "", &XB_Model::GetForce, -76.5709, -4.0105},
-      {"ThreeLinearForce", "", &XB_Model::GetForce, -0.4704, -0.9818},
-      {"ThreeLinearForce", "", &XB_Model::GetForce, 8.0, 19.94},
-      {"TwoPartSigmoidalStiffness", two_part, &XB_Model::GetStiffness, 1.0, 4.0},
-      {"TwoPartSigmoidalStiffness", two_part, &XB_Model::GetStiffness, 1 + std::log(3) / 2, 4.5},
-      {"TwoPartSigmoidalStiffness", two_part, &XB_Model::GetStiffness, -2.0, left(-2.0)},
-      {"TwoPartSigmoidalStiffness", two_part, &XB_Model::GetStiffness, -0.8042 - 1e-9,
-       left(-0.8042 - 1e-9)},
-      {"TwoPartSigmoidalStiffness", two_part, &XB_Model::GetStiffness, -0.8042,
-       3 + 2 / (1 + std::exp(2 * 1.8042))}};
+      {"ConstantStiffness", "k=2.5", F, {{-3, -7.5}}},
+      {"ConstantStiffness", "k=2.5", E, {{-4, 20}}},
+      {"SigmoidalStiffness", "", K, {{-30, 0.08}, {0.01, 0.08 + 1.225}, {30, 0.08 + 2.45}}},
+      {"SigmoidalStiffness", "", F, {{0, 1.225 * std::log(std::exp(0.02) + 1)}}},
+      {"ThreeLinearForce", "", F, {{-83, -9.1864}, {-76.5709, -4.0105}}},
+      {"ThreeLinearForce", "", F, {{-0.4704, -0.9818}, {8, 19.94}}},
+      {two_part, left, K, {{-2, K_left(-2)}, {before, K_left(before)}}},
+      {two_part, right, K, {{split, K_split}, {1, 4}, {1 + std::log(3) / 2, 4.5}}}};
   for (auto const& c : cases) {
     XB_Model const& made = law(c.name, c.settings);
-    EXPECT_NEAR((made.*c.value)(c.x), c.expected, 1e-12) << c.name << " at " << c.x;
     EXPECT_EQ(made.xbType == 0, c.name == "ConstantStiffness");  // which snapshots go by
+    for (auto const& [x, expected] : c.points) {
+      EXPECT_NEAR((made.*c.curve)(x), expected, 1e-12) << c.name << " at " << x;
+    }
   }
   std::string printed;
   law("SigmoidalStiffness", "", &printed);

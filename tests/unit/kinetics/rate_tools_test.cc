@@ -3,27 +3,18 @@
 
 #include "kinetics/rate_tools.h"
 
-#include <gtest/gtest.h>
-
 #include <cmath>
 
 #include "support/expect_refusal.h"
 
 namespace {
 
-double gaussian(double x, double width) { return 50.0 * std::exp(-0.5 * x * x / (width * width)); }
-
 /// Part of a Gaussian of this width that lies above x.
 double above(double x, double width) { return 0.5 * std::erfc(x / width / std::sqrt(2.0)); }
 
 double factor_of_gaussian(double width, double kd) {
-  return binding_overlap_factor([width](double x) { return gaussian(x, width); }, kd, "model");
-}
-
-TEST(BindingOverlap, IsOneForASingleSiteInReach) {
-  // The bound fraction is 2.5066 widths of a Gaussian wide on each side: 2.51 and 2.73 nm.
-  EXPECT_EQ(factor_of_gaussian(1.0, 1e7), 1.0);
-  EXPECT_EQ(factor_of_gaussian(1.09, 1e7), 1.0);
+  auto const rate = [width](double x) { return 50.0 * std::exp(-0.5 * x * x / (width * width)); };
+  return binding_overlap_factor(rate, kd, "model");
 }
 
 TEST(BindingOverlap, CountsTheFluxOverAllSitesInReach) {
@@ -32,7 +23,7 @@ TEST(BindingOverlap, CountsTheFluxOverAllSitesInReach) {
   } const cases[] = {{1.15, 1e7, 2.8826},
                      {2.0, 1e7, 5.0133},
                      {5.0, 1e7, 12.533},
-                     {1.0, 1e-12, 14.1}};  // the last: saturated in its whole reach of 7 nm
+                     {1.0, 1e-12, 14.1}};  // saturated in its whole reach of 7 nm
   for (auto const& c : cases) {
     // The m-th neighbours on both sides take part beyond 5.5 m - half width.
     double const own = above(-c.half_width, c.width) - above(c.half_width, c.width);
@@ -44,13 +35,14 @@ TEST(BindingOverlap, CountsTheFluxOverAllSitesInReach) {
     EXPECT_GT(factor, 1.0);
     EXPECT_NEAR(factor, 1.0 + others / own, 0.012 * factor);  // sums of 0.1 nm steps
   }
+  EXPECT_EQ(factor_of_gaussian(1.09, 1e7), 1.0);  // 2.73 nm, less than half way to the next site
   // By hand: 49 strains, -2.4 to 2.4, bind; a neighbour counts where a step ends beyond 5.5 - 4.9,
   // the 19 from 0.6 on (sums of 0.1 put the end of the one at 0.5 just below the edge).
   auto const box = [](double x) { return std::abs(x) < 2.45 ? 10.0 : 0.0; };
   EXPECT_NEAR(binding_overlap_factor(box, 1e-30, "model"), 1.0 + 2.0 * 19.0 / 49.0, 1e-12);
 }
 
-TEST(BindingOverlap, WarnsWhereNothingBindsAtZero) {
+TEST(BindingOverlap, WarnsWhereNothingBindsAtZeroAndRefusesARateThatNeverFallsOff) {
   testing::internal::CaptureStderr();
   auto const beside_zero = [](double x) { return x > 1.0 && x < 9.0 ? 20.0 : 0.0; };
   EXPECT_EQ(binding_overlap_factor(beside_zero, 0.1, "model.prm"), 1.0);
@@ -58,9 +50,6 @@ TEST(BindingOverlap, WarnsWhereNothingBindsAtZero) {
   std::string const message = testing::internal::GetCapturedStderr();
   EXPECT_EQ(message.find("tavelo: warning: model.prm"), 0u);
   EXPECT_NE(message.rfind("tavelo: warning: model.prm"), 0u);
-}
-
-TEST(BindingOverlap, RefusesARateThatNeverFallsOff) {
   expect_refusal([] { binding_overlap_factor([](double) { return 20.0; }, 0.1, "model.prm"); },
                  "model.prm.*never falls off");
 }
