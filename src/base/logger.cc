@@ -70,3 +70,11 @@ void Logger::Write(char const* text, int number, bool filtered) {
   FILE* const file = GetFile(number);
   if (file) WriteToFile(text, file, filtered);
 }
+
+void Logger::Add(char const* text, int number, bool filtered) {
+  if (Takes(number, filtered)) std::fputs(text, GetFile(number));
+}
+
+void Logger::Flush(int number) {
+  if (FILE* const file = GetFile(number)) flush_output(file, path_of(file));
+}

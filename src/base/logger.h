@@ -41,4 +41,7 @@ class Logger {
   static bool Takes(int number, bool filtered);
   /// `WriteToFile` to a numbered file; does nothing for a number without a file.
   static void Write(char const* text, int number, bool filtered);
+  /// The same, but the text reaches the disk with the next `Flush` only: one write for many texts.
+  static void Add(char const* text, int number, bool filtered);
+  static void Flush(int number);
 };

@@ -109,9 +109,12 @@ void Equilibrium::iterate(Move move, Report report) {
     Residual const residual(du, rhs);
     log_residual(residual);
     if (pass == most_passes) stop_without_convergence(residual);
-    if (is_balanced(residual)) return;
+    if (is_balanced(residual)) break;
     system.set_springs();
   }
+  // Rows of all passes, in one write.
+  Logger::Flush(Log::convergence_data);
+  see.flush();
 }
 
 Ends Equilibrium::begin() {
@@ -182,9 +185,9 @@ void Equilibrium::log_pass(int pass) const {
   char text[3072];
   std::snprintf(text, sizeof text, "%lf,%d,%lf,%lf,%lf,%lf,%lf", timeForAll, pass, see.displacement,
                 S, rhs[d0], rhs[d1], rhs[see.outer_dof]);
-  Logger::Write(text, Log::convergence_data, true);
+  Logger::Add(text, Log::convergence_data, true);
   std::snprintf(text, sizeof text, ",%lf,%lf,%lf", du[d0], du[d1], du[see.outer_dof]);
-  Logger::Write(text, Log::convergence_data, true);
+  Logger::Add(text, Log::convergence_data, true);
 }
 
 void Equilibrium::log_residual(Residual const& r) const {
@@ -192,5 +195,5 @@ void Equilibrium::log_residual(Residual const& r) const {
   char text[2048];
   std::snprintf(text, sizeof text, ",%lf,%u,%lf,%u,%lf\n", r.max_rhs.value, r.max_rhs.index,
                 r.max_du.value, r.max_du.index, filaments.get_last_actin_displacement());
-  Logger::Write(text, Log::convergence_data, true);
+  Logger::Add(text, Log::convergence_data, true);
 }

@@ -70,5 +70,4 @@ void SeriesElasticElement::see_create_rhs(dealii::Vector<double>& rhs) {
   rhs[outer_dof] -= R;
   if (!velocity_file.get()) velocity_file = OutputFile("SEE_velocity.csv", "a");
   std::fprintf(velocity_file.get(), "%lf,%lf,%lf\n", timeForAll, force, (x - extension_old) / dt);
-  velocity_file.flush();
 }

@@ -34,8 +34,9 @@ class SeriesElasticElement {
   /// The actin end that it hangs on.
   unsigned inner_dof() const;
   /// Adds the present force and writes a row of "SEE_velocity.csv", which grows across the runs of
-  /// a directory.
+  /// a directory. Rows reach the disk with `flush`.
   void see_create_rhs(dealii::Vector<double>& rhs);
+  void flush() const { velocity_file.flush(); }
 
   unsigned outer_dof = 0;             ///< behind those of all filaments
   double displacement = 0.0;          ///< of the outer end [nm]
