@@ -8,11 +8,6 @@ namespace {
 
 constexpr std::size_t longest_message = 1200;
 
-void print_diagnostic(std::string const& message) {
-  std::fflush(stdout);
-  std::fprintf(stderr, "tavelo: %s\n", single_line(message).c_str());
-}
-
 }  // namespace
 
 void refuse(std::string const& where, std::string const& what, std::string const& got,
@@ -21,7 +16,7 @@ void refuse(std::string const& where, std::string const& what, std::string const
 }
 
 void stop(std::string const& message) {
-  print_diagnostic(message);
+  tell(message);
   std::exit(1);
 }
 
@@ -30,7 +25,12 @@ void stop_with_message(char const* message, std::string const& detail) {
   stop(detail);
 }
 
-void warn(std::string const& message) { print_diagnostic("warning: " + message); }
+void tell(std::string const& message) {
+  std::fflush(stdout);
+  std::fprintf(stderr, "tavelo: %s\n", single_line(message).c_str());
+}
+
+void warn(std::string const& message) { tell("warning: " + message); }
 
 std::string shown(double number) {
   char text[32];

@@ -18,6 +18,9 @@
 /// where, what is accepted) on standard error.
 [[noreturn]] void stop_with_message(char const* message, std::string const& detail);
 
+/// Tells something in one line on standard error and goes on.
+void tell(std::string const& message);
+
 /// Tells of something unusual on standard error and goes on.
 void warn(std::string const& message);
 
