@@ -2,21 +2,44 @@
 #include <deal.II/base/multithread_info.h>
 
 #include <new>
+#include <optional>
 
 #include "base/diagnostics.h"
+#include "base/run_state.h"
+#include "control/check_program.h"
 #include "control/command_line.h"
 #include "control/run_directories.h"
+#include "control/silent_output.h"
 #include "control/simulation.h"
+
+/// Written at each build, see cmake/WriteVersionText.cmake.
+char const* version_text();
+
+namespace {
+
+void carry_out(CommandLine const& command) {
+  std::optional<SilentOutput> silent;
+  if (command.is_quiet) silent.emplace();
+  refuses_missing_parameters = command.is_strict;
+  if (command.is_check) {
+    check_program();
+  } else {
+    run_program();
+  }
+}
+
+}  // namespace
 
 int main(int argc, char** argv) {
   dealii::MultithreadInfo::set_thread_limit(1);
   dealii::deal_II_exceptions::disable_abort_on_exception();
   try {
-    CommandLine const command = read_command_line(argc, argv);
+    CommandLine const command = read_command_line(argc, argv, version_text());
     if (!command.directories.empty()) {
-      return run_directories(command.directories, command.at_a_time, run_program);
+      return run_directories(command.directories, command.at_a_time,
+                             [&command] { carry_out(command); });
     }
-    run_program();
+    carry_out(command);
   } catch (std::bad_alloc const&) {
     stop("there is not enough memory for a lattice of this size");
   } catch (std::exception const& exception) {

@@ -5,8 +5,14 @@
 #include <utility>
 
 #include "base/diagnostics.h"
+#include "base/run_state.h"
 
 namespace {
+
+/// Where an output goes.
+char const* place_of(std::string const& name) {
+  return discards_outputs ? "/dev/null" : name.c_str();
+}
 
 [[noreturn]] void stop_unwritable(std::string const& name) {
   stop(name + ": can't be written: " + std::strerror(errno));
@@ -19,7 +25,7 @@ OutputFile::OutputFile(std::string const& file_name, char const* mode)
 
 OutputFile OutputFile::if_possible(std::string const& file_name, char const* mode) {
   OutputFile output;
-  output.file = std::fopen(file_name.c_str(), mode);
+  output.file = std::fopen(place_of(file_name), mode);
   output.name = file_name;
   return output;
 }
@@ -40,7 +46,7 @@ OutputFile& OutputFile::operator=(OutputFile&& other) noexcept {
 void OutputFile::flush() const { flush_output(file, name); }
 
 FILE* open_output(std::string const& name, char const* mode) {
-  FILE* const file = std::fopen(name.c_str(), mode);
+  FILE* const file = std::fopen(place_of(name), mode);
   if (!file) stop_unwritable(name);
   return file;
 }
@@ -55,7 +61,7 @@ void close_output(FILE* file, std::string const& name) {
 }
 
 std::ofstream open_output_stream(std::string const& name) {
-  std::ofstream stream(name);
+  std::ofstream stream(place_of(name));
   if (!stream) stop_unwritable(name);
   return stream;
 }

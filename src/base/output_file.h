@@ -2,7 +2,8 @@
 /// Output files that tell when they can't be written.
 ///
 /// A file that can't be opened and a row that doesn't reach the disk (disk full, say) end the run
-/// with the file's name and the system's reason; rows flushed before that stay.
+/// with the file's name and the system's reason; rows flushed before that stay. Where `run_state`
+/// says that outputs are discarded, the directory is left alone.
 
 #include <cstdio>
 #include <fstream>

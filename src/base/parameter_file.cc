@@ -12,6 +12,7 @@
 
 #include "base/diagnostics.h"
 #include "base/output_file.h"
+#include "base/run_state.h"
 
 namespace {
 
@@ -62,11 +63,15 @@ BadLine find_bad_line(dealii::ExceptionBase const& exception, std::string const&
 }
 
 void write_defaults(dealii::ParameterHandler const& handler, std::string const& file_name) {
+  if (refuses_missing_parameters) {
+    stop("parameter file " + file_name + " is missing; --strict writes no default values");
+  }
   std::ofstream file = open_output_stream(file_name);
   handler.print_parameters(file, dealii::ParameterHandler::Text);
   flush_output(file, file_name);
-  warn("parameter file " + file_name + " was missing; it is written with the default values, " +
-       "which are used");
+  warn("parameter file " + file_name +
+       (discards_outputs ? " is missing; a run writes it with the default values and uses them"
+                         : " was missing; it is written with the default values, which are used"));
 }
 
 /// The whole text of a file that exists.

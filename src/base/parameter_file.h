@@ -13,9 +13,9 @@ class ParameterHandler;
 
 /// Reads a parameter file into a handler whose keys are declared.
 ///
-/// A missing file is written with the default values, which then hold; an empty name writes
-/// nothing. A line that the handler doesn't take ends the run with file, line, key, value and what
-/// is accepted.
+/// A missing file is written with the default values, which then hold, or refused where `run_state`
+/// says so; an empty name writes nothing. A line that the handler doesn't take ends the run with
+/// file, line, key, value and what is accepted.
 void read_parameter_file(dealii::ParameterHandler& handler, std::string const& file_name);
 
 using ParameterAction = std::function<void(dealii::ParameterHandler&)>;

@@ -10,6 +10,9 @@ int t_timeStep = 0;
 double timeForAll = 0.0;
 double currentTimeStep = 0.0;
 
+bool refuses_missing_parameters = false;
+bool discards_outputs = false;
+
 int numberOfAtachments = 0;
 int numberOfDetachments = 0;
 

@@ -24,6 +24,11 @@ void advance_clock(double step);
 /// The clock as messages name it: " at time 0.5, step 7".
 std::string at_step();
 
+/// Whether a missing parameter file ends the run, instead of being written with the default values.
+extern bool refuses_missing_parameters;
+/// Whether outputs go nowhere: they are opened and written as ever, but leave no file.
+extern bool discards_outputs;
+
 /// Heads that have attached and detached since the start of the run.
 extern int numberOfAtachments;
 extern int numberOfDetachments;

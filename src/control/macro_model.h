@@ -2,7 +2,9 @@
 /// The mechanical system as the time loop sees it: a time and a prescribed value go in, the
 /// response comes out.
 
+#include <cstddef>
 #include <iosfwd>
+#include <string>
 
 #include "base/factory.h"
 #include "base/prescribed.h"
@@ -14,6 +16,16 @@ struct MacroModelParameter {
   Model const* slow = nullptr;
   Model const* fast = nullptr;
   Model const* proteinC = nullptr;
+};
+
+/// What a macro model has built.
+struct Extent_s {
+  std::string lattice;
+  std::string regulation;
+  unsigned filaments = 0;  ///< in parallel
+  unsigned in_series = 1;  ///< half-sarcomeres
+  std::size_t heads = 0;   ///< of myosin, in all filaments
+  std::size_t links = 0;   ///< of protein-C
 };
 
 class MacroModel {
@@ -50,6 +62,7 @@ class MacroModel {
   /// Writes the stiffness against a further displacement of 1 nm; nothing moves.
   virtual void calculate_stiffness(double time, double displacement) = 0;
   virtual void printActinSiteStates() = 0;
+  virtual Extent_s extent() const = 0;
 
  protected:
   Model const* model_slow;

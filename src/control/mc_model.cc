@@ -1,7 +1,5 @@
 #include "control/mc_model.h"
 
-#include <cstdint>
-
 #include "activation/active_filament.h"
 #include "base/run_state.h"
 #include "kinetics/active_model.h"
@@ -33,8 +31,7 @@ MCModel::MCModel(MacroModelParameter const& parameter)
                                         "geometry");
   stepper = create_stepper();
   sarcomer = std::make_unique<Sarcomer>(parameters.sarcomer, *geometry);
-  auto const in_series = is_series() ? std::uint64_t{2} * parameters.full_sarcomer : 1;
-  std::uint64_t const n = parameters.filaments * in_series;
+  std::uint64_t const n = parameters.filaments * in_series();
   if (n > most_filaments) {
     refuse(parameter_file, "filaments times half-sarcomeres in series", std::to_string(n),
            "at most " + std::to_string(most_filaments));
@@ -43,6 +40,10 @@ MCModel::MCModel(MacroModelParameter const& parameter)
 }
 
 MCModel::~MCModel() = default;
+
+std::uint64_t MCModel::in_series() const {
+  return is_series() ? std::uint64_t{2} * parameters.full_sarcomer : 1;
+}
 
 std::unique_ptr<FixedTimeStepMC> MCModel::create_stepper() const {
   if (!is_regulated()) {
@@ -87,8 +88,7 @@ void MCModel::step(double time, Prescribed const& wanted) {
 /// A protocol gives the length of one half-sarcomere and the force of one filament.
 Prescribed MCModel::of_lattice(Prescribed const& wanted) const {
   if (!wanted.is_length()) return {wanted.quantity, parameters.filaments * wanted.value};
-  double const in_series = is_series() ? 2.0 * parameters.full_sarcomer : 1.0;
-  return {wanted.quantity, in_series * wanted.value};
+  return {wanted.quantity, static_cast<double>(in_series()) * wanted.value};
 }
 
 void MCModel::writeResults(double time) { sarcomer->create_output(time); }
@@ -105,3 +105,16 @@ void MCModel::calculate_stiffness(double time, double displacement) {
 }
 
 void MCModel::printActinSiteStates() { sarcomer->create_actinSites_output(); }
+
+Extent_s MCModel::extent() const {
+  Extent_s extent;
+  extent.lattice = parameters.geometry;
+  extent.regulation = parameters.activation;
+  extent.filaments = parameters.filaments;
+  extent.in_series = static_cast<unsigned>(in_series());
+  for (auto const& filament : sarcomer->all_filaments()) {
+    for (auto const& head : filament->data.heads)
+      ++(head.is_myosin() ? extent.heads : extent.links);
+  }
+  return extent;
+}

@@ -6,6 +6,7 @@
 /// parallel; the prescribed length is a length per half-sarcomere and is multiplied by the number
 /// of half-sarcomeres in series.
 
+#include <cstdint>
 #include <memory>
 
 #include "control/macro_model.h"
@@ -27,11 +28,13 @@ class MCModel : public MacroModel {
   void create_distribution_output(double time) override;
   void calculate_stiffness(double time, double displacement) override;
   void printActinSiteStates() override;
+  Extent_s extent() const override;
 
  private:
   std::unique_ptr<FixedTimeStepMC> create_stepper() const;
   void add_filament(int direction);
   bool is_series() const { return parameters.full_sarcomer > 0; }
+  std::uint64_t in_series() const;
   bool is_regulated() const { return parameters.activation != "None"; }
   void step(double time, Prescribed const& wanted);
   Prescribed of_lattice(Prescribed const& wanted) const;

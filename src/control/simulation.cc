@@ -27,6 +27,9 @@ constexpr char const* writing_times_name = "WritingDistributionSteps.dat";
 /// The time of the one dump of all sites.
 constexpr double dump_time = 0.7;
 
+/// Steps from which on the number of steps is no longer looked for.
+constexpr int most_steps_counted = 10000000;
+
 bool is_time(double wanted) { return std::abs(wanted - timeForAll) < 1e-10; }
 
 /// Times of the snapshots: a heading line, then numbers in ascending order.
@@ -163,6 +166,29 @@ void Simulation::run() {
   }
 }
 
+RunPlan_s Simulation::plan() const {
+  RunPlan_s plan;
+  plan.model = parameters.model;
+  plan.crossbridge = parameters.xb_model;
+  plan.seed = static_cast<int>(parameters.random_seed);
+  plan.extent = macro_model->extent();
+  plan.snapshots = read_writing_times().size();
+  Protocol protocol("protocol.dat");
+  protocol.require_end();
+  bool has_ended = false;
+  while (!has_ended && t_timeStep < most_steps_counted) {
+    advance_clock(protocol.get_dt());
+    protocol.prescribed_at(timeForAll, 0.0);
+    protocol.refuse_missed_end(timeForAll);
+    has_ended = protocol.checkForNewProtocol(timeForAll);
+  }
+  if (Protocol::TimeOffset != 0.0) plan.count = RunPlan_s::Count::ramp_from_zero;
+  if (!has_ended) plan.count = RunPlan_s::Count::unfinished;
+  plan.steps = t_timeStep;
+  plan.end = timeForAll;
+  return plan;
+}
+
 void Simulation::begin_step(Loop& loop) {
   advance_clock(loop.protocol.get_dt());
   std::fprintf(fIterationNorms, "Time = %lf\n", timeForAll);
@@ -193,11 +219,8 @@ void Simulation::write_rows(Loop& loop) {
   if (is_time(dump_time)) macro_model->printActinSiteStates();
 }
 
-void run_program() {
-  RunDirectoryLock const lock(listing_name);
+void open_listings() {
   raise_open_file_limit();
-  // Regulated filaments append to this file; each run starts it anew.
-  std::remove("TroponinAngles.csv");
   fOutputFile = open_output(listing_name, "wt");
   std::fprintf(fOutputFile,
                "\t\t**********************************\n"
@@ -208,6 +231,13 @@ void run_program() {
                ",MeanSquareError - Displacement,MeanSquareError - Force,"
                "Max CB Error - Dislpacement,Max CB Error - Force\n");
   fConvergenceListing = open_output(convergence_name, "wt");
+}
+
+void run_program() {
+  RunDirectoryLock const lock(listing_name);
+  // Regulated filaments append to this file; each run starts it anew.
+  std::remove("TroponinAngles.csv");
+  open_listings();
   Simulation simulation;
   catch_interruptions();
   simulation.run();

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "control/macro_model.h"
+#include "control/run_plan.h"
 
 class Protocol;
 
@@ -46,6 +47,8 @@ class Simulation {
 
   /// The time loop, from the reading of "protocol.dat" to its end.
   void run();
+  /// What `run` would do. Lets the clock run through the protocol; nothing moves.
+  RunPlan_s plan() const;
 
  private:
   struct Loop;
@@ -62,5 +65,8 @@ class Simulation {
   SimParameter parameters;
 };
 
-/// Opens the listing and the two convergence files, runs one simulation and closes them.
+/// Opens the listing and the two convergence files.
+void open_listings();
+
+/// Takes the working directory for itself, runs one simulation and closes the files.
 void run_program();
