@@ -67,6 +67,18 @@ double GetValue(Table const& table, double x) {
   return line_through(a.first, a.second, b.first, b.second, x);
 }
 
+std::pair<double, double> GetRange(Table const& table, double from, double to) {
+  // A function made of straight lines has its extremes at rows or at the ends.
+  auto [least, most] = std::minmax({GetValue(table, from), GetValue(table, to)});
+  auto const is_before = [](auto const& row, double x) { return row.first < x; };
+  auto row = std::lower_bound(table.begin(), table.end(), from, is_before);
+  for (; row != table.end() && row->first < to; ++row) {
+    least = std::min(least, row->second);
+    most = std::max(most, row->second);
+  }
+  return {least, most};
+}
+
 double GetInverseValue(Table const& table, double y) {
   require_two_rows(table);
   std::size_t const lo = segment_of_value(table, y);

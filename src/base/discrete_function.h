@@ -13,6 +13,9 @@ using Table = std::vector<std::pair<double, double>>;
 /// The table's value at `x`. A value that equals a row's x belongs to the segment ending there.
 double GetValue(Table const& table, double x);
 
+/// Least and greatest value of the table between `from` and `to`.
+std::pair<double, double> GetRange(Table const& table, double from, double to);
+
 /// The x at which a monotonic table, rising or falling, has the value `y`.
 double GetInverseValue(Table const& table, double y);
 

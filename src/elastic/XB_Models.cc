@@ -1,7 +1,9 @@
 #include "elastic/XB_Models.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <limits>
 #include <utility>
 
 #include "base/diagnostics.h"
@@ -10,6 +12,14 @@
 MyDiscreteFunction const& XB_Model::GetIntegralFunction() const {
   if (!std::exchange(integral_asked, true)) FillIntegralFunction();
   return integralFunction;
+}
+
+double XB_Model::GetEnergyFloor(double, double) const {
+  return -std::numeric_limits<double>::infinity();
+}
+
+double XB_Model::GetStiffnessCeiling(double, double) const {
+  return std::numeric_limits<double>::infinity();
 }
 
 void XB_Model::IntegrateEnergy() const {
@@ -44,6 +54,11 @@ double XB_ConstantStiffness::GetStiffness(double) const { return k; }
 double XB_ConstantStiffness::GetForce(double x) const { return k * x; }
 
 double XB_ConstantStiffness::GetEnergy(double x) const { return 0.5 * k * x * x; }
+
+double XB_ConstantStiffness::GetEnergyFloor(double from, double to) const {
+  // A parabola is lowest at its vertex or, where that is a peak or lies outside, at an end.
+  return std::min({GetEnergy(from), GetEnergy(to), GetEnergy(std::clamp(0.0, from, to))});
+}
 
 // Sigmoidal stiffness
 

@@ -26,6 +26,12 @@ class XB_Model {
   virtual double GetEnergy(double x) const = 0;
   virtual bool IsNonLinear() const = 0;
 
+  /// No energy at extensions between `from` and `to` lies below; minus infinity where the law knows
+  /// no such limit. Unlike `GetEnergy` it may be asked of every law.
+  virtual double GetEnergyFloor(double from, double to) const;
+  /// No stiffness there lies above; infinity where the law knows no such limit.
+  virtual double GetStiffnessCeiling(double from, double to) const;
+
   /// The Boltzmann-weighted integral table of the law's energy. It is built when first asked for,
   /// since it holds some 600,000 rows; it stays empty for a law that has none.
   MyDiscreteFunction const& GetIntegralFunction() const;
@@ -61,6 +67,8 @@ class XB_ConstantStiffness : public XB_Model {
   double GetForce(double x) const override;
   double GetEnergy(double x) const override;
   bool IsNonLinear() const override { return false; }
+  double GetEnergyFloor(double from, double to) const override;
+  double GetStiffnessCeiling(double, double) const override { return k; }
 
   double k = 0.0;
 

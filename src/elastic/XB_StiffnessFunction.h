@@ -23,6 +23,12 @@ class XB_StiffnessFunction : public XB_Model {
   double GetForce(double x) const override { return GetValue(force, x); }
   double GetEnergy(double x) const override { return GetValue(energy, x); }
   bool IsNonLinear() const override { return true; }
+  double GetEnergyFloor(double from, double to) const override {
+    return GetRange(energy, from, to).first;
+  }
+  double GetStiffnessCeiling(double from, double to) const override {
+    return GetRange(stiffness, from, to).second;
+  }
 
  protected:
   void FillIntegralFunction() const override;

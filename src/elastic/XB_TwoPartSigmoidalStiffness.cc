@@ -1,7 +1,9 @@
 #include "elastic/XB_TwoPartSigmoidalStiffness.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <limits>
 #include <utility>
 
 #include "base/diagnostics.h"
@@ -76,6 +78,19 @@ double XB_TwoPartSigmoidalStiffness::GetStiffnessLeft(double x) const {
 
 double XB_TwoPartSigmoidalStiffness::GetStiffness(double x) const {
   return x < x_split ? GetStiffnessLeft(x) : GetStiffnessRight(x);
+}
+
+double XB_TwoPartSigmoidalStiffness::GetStiffnessCeiling(double from, double to) const {
+  // Each term is monotonic within its part, and so highest at an end of it.
+  double ceiling = -std::numeric_limits<double>::infinity();
+  if (from < x_split) {
+    auto const term = [from, end = std::min(to, x_split)](double factor, double exponent) {
+      return std::max(factor * std::exp(exponent * from), factor * std::exp(exponent * end));
+    };
+    ceiling = k0_left + term(a_left, b_left) + term(c_left, d_left);
+  }
+  if (to < x_split) return ceiling;
+  return std::max({ceiling, GetStiffnessRight(std::max(from, x_split)), GetStiffnessRight(to)});
 }
 
 double XB_TwoPartSigmoidalStiffness::IntegrateStiffness(double from, double to) const {

@@ -25,6 +25,10 @@ class XB_TwoPartSigmoidalStiffness : public XB_Model {
   double GetForce(double x) const override { return GetValue(force, x); }
   double GetEnergy(double x) const override { return GetValue(energy, x); }
   bool IsNonLinear() const override { return true; }
+  double GetEnergyFloor(double from, double to) const override {
+    return GetRange(energy, from, to).first;
+  }
+  double GetStiffnessCeiling(double from, double to) const override;
 
   double GetStiffnessLeft(double x) const;
   double GetStiffnessRight(double x) const;

@@ -36,10 +36,10 @@ class Model {
 
   /// Rate of a transition at strain `x`, for a site that regulation leaves alone.
   virtual double get_k(double x, unsigned from, unsigned to) const = 0;
-  /// Upper bound of the sum of the rates out of `from` that a site has a part in (out of a detached
-  /// state those into attached states, out of an attached state all), at any strain of at most
-  /// `reach` nm in size and for a site whose factors are all 1. Infinity where the model knows
-  /// none.
+  /// Upper bound, now and at strains of at most `reach` nm in size, of the sum of the rates out of
+  /// `from` that a site has a part in: of a detached state those into attached states, of an
+  /// attached one all. It holds for a site whose factors are all 1; at another the sum is at most
+  /// the bound times the largest of 1 and the site's factors. Infinity where the model knows none.
   virtual double rate_bound(unsigned from, double reach) const;
   /// Lever displacement of a state.
   virtual double power_stroke(unsigned state) const;

@@ -186,6 +186,15 @@ double ModelBrekAtpaseFiber::get_forward_rate(double x, unsigned from, unsigned 
   }
 }
 
+double ModelBrekAtpaseFiber::rate_bound(unsigned from, double reach) const {
+  if (from == 0) {
+    return most_widened_binding(*xb_model, reach, k_bind_scaled, eta, detachment_multiplier, kBT);
+  }
+  if (from == 7) return k_76;
+  double const lever = D + std::abs(delta) + std::abs(x_cap);
+  return bound_by_ends(*this, from, reach, lever, detachment_multiplier, kBT);
+}
+
 double ModelBrekAtpaseFiber::get_reverse_rate(double x, unsigned i, unsigned j, double f) const {
   return detailed_balance(f, get_G(x, i), get_G(x, j), kBT);
 }

@@ -34,6 +34,7 @@ class ModelBrekAtpaseFiber : public ActiveModel {
   double power_stroke(unsigned state) const override;
   using ActiveModel::get_k;
   double get_k(double x, unsigned from, unsigned to, ActinSite_s const& site) const override;
+  double rate_bound(unsigned from, double reach) const override;
 
   /// `c` is the binding constant to use.
   double get_forward_rate(double x, unsigned from, unsigned to, double c) const;

@@ -27,6 +27,7 @@ class DukeCycle : public Model3State {
 
   /// Depends on `from` alone.
   double get_forward_rate(double x, unsigned from, unsigned to) const final;
+  double rate_bound(unsigned from, double reach) const final;
 
  protected:
   explicit DukeCycle(ModelParameter_s const& parameter) : Model3State(parameter) {}

@@ -46,8 +46,10 @@ double ModelHuxley::get_k(double x, unsigned from, unsigned to, ActinSite_s cons
 }
 
 double ModelHuxley::rate_bound(unsigned from, double reach) const {
-  if (from == 0) return f1;
-  return std::max({g2, g1, g1 * g3 / h * reach});
+  // Each piece is constant or rises with the distance.
+  double const distance = reach / h;
+  if (from == 0) return f1 * std::min(1.0, distance);
+  return std::max({g2, g1 * std::min(1.0, distance), g1 * g3 * distance});
 }
 
 double ModelHuxley::binding_rate(double x) const { return x >= 0.0 && x < h ? f1 / h * x : 0.0; }

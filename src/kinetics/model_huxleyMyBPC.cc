@@ -46,6 +46,10 @@ double ModelHuxleyMyBPC::get_k(double x, unsigned from, unsigned to,
   return 0.0;
 }
 
+double ModelHuxleyMyBPC::rate_bound(unsigned from, double reach) const {
+  return from == 0 ? f : g0 + g1 / h * reach;  // detachment rises with the distance
+}
+
 void ModelHuxleyMyBPC::WriteToTaveloOutput() const {
   std::fprintf(fOutputFile, "\t*** MyBPC HUXLEY MODEL ***************\n\n");
 }

@@ -20,6 +20,7 @@ class ModelHuxleyMyBPC : public ActiveModel {
   bool IsPowerStrokeState(int) const override { return false; }
   using ActiveModel::get_k;
   double get_k(double x, unsigned from, unsigned to, ActinSite_s const& site) const override;
+  double rate_bound(unsigned from, double reach) const override;
 
  private:
   double g0 = 0.0;

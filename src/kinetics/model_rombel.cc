@@ -1,9 +1,12 @@
 #include "kinetics/model_rombel.h"
 
+#include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "base/parameter_file.h"
 #include "elastic/XB_Models.h"
+#include "kinetics/rate_tools.h"
 
 REGISTER_MODEL(ModelRombel, "Rombel");
 
@@ -51,4 +54,17 @@ double ModelRombel::get_forward_rate(double x, unsigned from, unsigned) const {
     default:
       return 0.0;
   }
+}
+
+double ModelRombel::rate_bound(unsigned from, double reach) const {
+  // The forward rates have no peak either: straight lines on both sides of 0, an exponential.
+  if (from != 0) return bound_by_ends(*this, from, reach, D, 1.0, kBT);
+  // Binding and the reverse of detachment, with each factor at its largest.
+  double const stiffness = std::max(0.0, xb_model->GetStiffnessCeiling(-reach, reach));
+  double const binding = k_bind * std::sqrt(stiffness / (two_pi * kBT)) *
+                         std::exp(-xb_model->GetEnergyFloor(-reach, reach) / kBT);
+  double const detachment = std::max(get_forward_rate(-reach, 2, 0), get_forward_rate(reach, 2, 0));
+  double const G_2 = c_2 + xb_model->GetEnergyFloor(D - reach, D + reach);
+  double const sum = binding + detailed_balance(detachment, G_2, c_4, kBT);
+  return std::isfinite(sum) ? sum : std::numeric_limits<double>::infinity();
 }

@@ -25,6 +25,7 @@ class ModelRombel : public Model3State {
 
   /// Depends on `from` alone.
   double get_forward_rate(double x, unsigned from, unsigned to) const override;
+  double rate_bound(unsigned from, double reach) const override;
 
  private:
   std::string const file_name;

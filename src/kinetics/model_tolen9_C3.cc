@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <limits>
 
 #include "base/diagnostics.h"
 #include "base/parameter_file.h"
@@ -63,6 +64,7 @@ ModelTolen9_C3::ModelTolen9_C3(ModelParameter_s const& parameter)
   fill_tables();
   RescaleBindFactor();
   fill_tables();
+  set_rate_bounds();
   WriteToTaveloOutput();
 }
 
@@ -118,6 +120,31 @@ void ModelTolen9_C3::RescaleBindFactor() {
   k[2][6] /= factor;
   k[2][8] /= factor;
   k[3][4] /= factor;
+}
+
+void ModelTolen9_C3::set_rate_bounds() {
+  rate_bounds.fill(std::numeric_limits<double>::infinity());
+  if (interpolation == exact) return;
+  for (unsigned from = 0; from < 9; ++from) {
+    rate_bounds[from] = 0.0;
+    for (std::size_t row = 0; row < rate_tables.size(); ++row) {
+      rate_bounds[from] = std::max(rate_bounds[from], highest_sum(from, row));
+    }
+  }
+}
+
+/// Bound of the sum of a state's rates where they come from a row of the table.
+double ModelTolen9_C3::highest_sum(unsigned from, std::size_t row) const {
+  bool const is_line = interpolation == linear && row + 1 < rate_tables.size();
+  double sum = 0.0;
+  for (unsigned to = 0; to < 9; ++to) {
+    if (!transitions[from][to] || !(attached[from] || attached[to])) continue;
+    double const y0 = rate_tables[row][to * 9 + from];
+    double const y1 = is_line ? rate_tables[row + 1][to * 9 + from] : y0;
+    // A line is followed backwards from its row, by two steps at most, or towards the next row.
+    sum += std::max(y0, 2.0 * y0 - y1);
+  }
+  return sum;
 }
 
 void ModelTolen9_C3::WriteToTaveloOutput() const {

@@ -37,6 +37,7 @@ class ModelTolen9_C3 : public ActiveModel {
   double power_stroke(unsigned state) const override { return power_strokes[state]; }
   using ActiveModel::get_k;
   double get_k(double x, unsigned from, unsigned to, ActinSite_s const& site) const override;
+  double rate_bound(unsigned from, double) const override { return rate_bounds[from]; }
   /// The rate at `x` itself. The rates of the last strain asked for are kept.
   double get_k_exact(double x, unsigned from, unsigned to) const;
   /// The rates of C6, whose law needn't be linear: `rk` holds the constants, then the rates.
@@ -57,6 +58,8 @@ class ModelTolen9_C3 : public ActiveModel {
   void set_elastic_values(double x) const;
   void require_rates(double x) const;
   void fill_tables();
+  void set_rate_bounds();
+  double highest_sum(unsigned from, std::size_t row) const;
   double table_rate(double x, std::size_t entry) const;
   void RescaleBindFactor();
 
@@ -75,4 +78,5 @@ class ModelTolen9_C3 : public ActiveModel {
   double dx = 0.0;
   std::vector<double> x_grid;
   std::vector<Rates> rate_tables;
+  std::array<double, 9> rate_bounds;
 };

@@ -122,6 +122,15 @@ double ModelVorn::get_forward_rate(double x, unsigned from, unsigned, double c) 
   }
 }
 
+double ModelVorn::rate_bound(unsigned from, double reach) const {
+  if (from == 0) {
+    return most_widened_binding(*xb_model, reach, C_, eta, detachment_multiplier, kBT);
+  }
+  if (!attached[from]) return 0.0;  // leads to state 0 alone
+  double const lever = D + std::abs(delta) + std::abs(x_cap);
+  return bound_by_ends(*this, from, reach, lever, detachment_multiplier, kBT);
+}
+
 double ModelVorn::calcium_rate() const {
   double const ca = ca_protocol.value_at(timeForAll);
   double const bound = std::pow(ca, b_param);

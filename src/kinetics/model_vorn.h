@@ -34,6 +34,7 @@ class ModelVorn : public Model6State {
 
   /// Depends on `x`, `from` and `c`.
   double get_forward_rate(double x, unsigned from, unsigned to, double c) const override;
+  double rate_bound(unsigned from, double reach) const override;
 
  private:
   void CalculateX0();

@@ -1,17 +1,21 @@
 #include "kinetics/rate_tools.h"
 
+#include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "base/diagnostics.h"
 #include "base/discrete_function.h"
 #include "base/output_file.h"
 #include "base/run_state.h"
 #include "elastic/XB_Models.h"
+#include "kinetics/model.h"
 
 namespace {
 
 constexpr double negligible_rate = 1e-8;
 constexpr double widest_reach = 1e5;  // nm, far beyond any filament
+constexpr double unbounded = std::numeric_limits<double>::infinity();
 
 /// Strain up to which the rate is not negligible, in whole nm.
 double binding_reach(std::function<double(double)> const& rate, std::string const& model) {
@@ -51,6 +55,32 @@ double widened_binding(XB_Model const& law, double x, double c, double eta, doub
                        double kBT) {
   double const scale = x > 0.0 ? multiplier * kBT : kBT;
   return saturating_binding(c, eta, std::exp(-(law.GetEnergy(x) / scale)));
+}
+
+double most_widened_binding(XB_Model const& law, double reach, double c, double eta,
+                            double multiplier, double kBT) {
+  // The rate rises with the Boltzmann factor, as long as a saturation below 0 has no pole.
+  double const exponent = std::max(-law.GetEnergyFloor(-reach, 0.0) / kBT,
+                                   -law.GetEnergyFloor(0.0, reach) / (multiplier * kBT));
+  double const e = std::exp(exponent);
+  bool const is_bounded = std::isfinite(e) && 1 + eta * e > 0.0;
+  return is_bounded ? saturating_binding(c, eta, e) : unbounded;
+}
+
+double bound_by_ends(Model const& model, unsigned from, double reach, double lever,
+                     double multiplier, double kBT) {
+  constexpr double most_energy = 600.0;  // in kBT; below exp(-708) a double loses digits
+  XB_Model const& law = *model.xb_model;
+  bool const has_no_peaks = !law.IsNonLinear() && law.GetStiffness(0.0) >= 0.0 && multiplier >= 1.0;
+  if (!has_no_peaks || !(law.GetEnergy(reach + lever) <= most_energy * kBT)) return unbounded;
+  double sum = 0.0;
+  for (unsigned to = 0; to < model.n_states(); ++to) {
+    if (!model.transitions[from][to]) continue;
+    double most = 0.0;
+    for (double const x : {-reach, 0.0, reach}) most = std::max(most, model.get_k(x, from, to));
+    sum += most;
+  }
+  return sum;
 }
 
 double strained_level(XB_Model const& law, double level, double x, double extension) {
