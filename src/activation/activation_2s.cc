@@ -52,32 +52,29 @@ double Activation2SModel::get_lti(double Ca) const {
 }
 
 int Activation2SModel::state_change(FilamentData& data, double time, std::vector<int>&) {
-  double const Ca = std::pow(10.0, ca_protocol.value_at(time));
+  double const lti = get_lti(std::pow(10.0, ca_protocol.value_at(time)));
   for (ActivationStateData& segment : segments) {
-    state_change_segment(segment, data, Ca);
-    segment.copy_to_filament(data, state_map);
+    bool const has_switched = state_change_segment(segment, data, lti);
+    if (has_switched || !sites_are_set) segment.copy_to_filament(data, state_map);
   }
+  sites_are_set = true;
   return 0;
 }
 
-void Activation2SModel::state_change_segment(ActivationStateData& segment, FilamentData const& data,
-                                             double Ca) const {
-  double const lti = get_lti(Ca);
+bool Activation2SModel::state_change_segment(ActivationStateData& segment, FilamentData const& data,
+                                             double lti) const {
   double const r = uniform_variate();
-  unsigned& state = segment.state[0];
-  double& k_on = segment.k_on_factor[0];
-  double& k_stroke = segment.k_stroke_factor[0];
-  if (state == 0 && k_12 * dt > r) {
-    state = 1;
-    k_on = k_stroke = 1.0;
-  }
-  if (!segment.heads_bound(data) && state == 1 && lti * k_12 * dt > r) {
-    state = 0;
-    k_on = k_stroke = 0.0;
-  }
+  unsigned state = segment.state.front();
+  bool const goes_on = state == 0 && k_12 * dt > r;
+  if (goes_on) state = 1;
+  bool const goes_off = state == 1 && lti * k_12 * dt > r && !segment.heads_bound(data);
+  if (goes_off) state = 0;
+  if (!goes_on && !goes_off) return false;
+  double const factor = state == 1 ? 1.0 : 0.0;
   std::fill(segment.state.begin(), segment.state.end(), state);
-  std::fill(segment.k_on_factor.begin(), segment.k_on_factor.end(), k_on);
-  std::fill(segment.k_stroke_factor.begin(), segment.k_stroke_factor.end(), k_stroke);
+  std::fill(segment.k_on_factor.begin(), segment.k_on_factor.end(), factor);
+  std::fill(segment.k_stroke_factor.begin(), segment.k_stroke_factor.end(), factor);
+  return true;
 }
 
 void Activation2SModel::state_info(std::vector<double>& info) const {

@@ -34,8 +34,9 @@ class Activation2SModel : public ActivationModel {
   double get_lti(double Ca) const;
 
  private:
-  void state_change_segment(ActivationStateData& segment, FilamentData const& data,
-                            double Ca) const;
+  /// Returns whether the segment has switched, if only to and fro.
+  bool state_change_segment(ActivationStateData& segment, FilamentData const& data,
+                            double lti) const;
 
   std::vector<ActivationStateData> segments;  ///< of all chains, chain after chain
   unsigned segment_length = 0;
@@ -47,4 +48,5 @@ class Activation2SModel : public ActivationModel {
   double k_12 = 0.0;
   Protocol ca_protocol;
   std::vector<unsigned> state_map;
+  bool sites_are_set = false;  ///< since the first step
 };

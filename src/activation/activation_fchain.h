@@ -11,11 +11,6 @@
 /// States of a site: 0 pinned by troponin, 1 free, 2 with a weakly bound head, 3 with a head in a
 /// power-stroke state. The chain of a step follows the states that the step before has left.
 ///
-/// The release factor of a pinned site grows with the curvature kappa of the chain there, that of
-/// the circle through the pin and its neighbours: k_off_factor = 1 + k_cur kappa / c, with c the
-/// distance [nm] of the two neighbours. A pin at the very start of a chain keeps the factor 1: it
-/// is its own left neighbour.
-///
 /// The value of "ca_protocol.dat" is the calcium concentration, or the rate kb where the indicator
 /// is below 1. Each filament draws once whether it takes the healthy or the mutated files.
 ///
@@ -24,22 +19,16 @@
 /// without a number, or with one that `xi` couldn't have
 
 #include <memory>
-#include <valarray>
 #include <vector>
 
 #include "activation/activation.h"
-#include "activation/analytical_chain_model.h"
 #include "activation/fchain_model.h"
-#include "activation/fem_flex_chain_model.h"
+#include "activation/flexible_chain.h"
 #include "activation/segment_layout.h"
 #include "base/protocol.h"
 
 class CaActivation3x2SModel;
 class KbActivationModelE;
-struct ActinSite_s;
-
-/// False where both `a` and `c` lie within 1e-8 of `b`.
-bool CheckCoordinates(double a, double b, double c);
 
 class ActivationFChainModel : public ActivationModel {
  public:
@@ -63,48 +52,39 @@ class ActivationFChainModel : public ActivationModel {
   void create_kb_model(bool is_mutated);
   void lay_out_chains();
 
-  void find_fixed_pins(unsigned chain);
-  bool add_weak_pins(unsigned chain);
-  void solve_chain(unsigned chain);
-  void let_weak_heads_pin(unsigned chain);
-  void update_curvature(unsigned chain);
-  /// `pin` counts in `pins`.
-  double release_factor(std::size_t pin, std::valarray<double> const& mean) const;
-
-  /// One step of a segment; `site_index` is its first site along the chain and moves on to the next
-  /// segment's.
-  void state_change_segment(unsigned chain, ActivationStateData& segment, FilamentData const& data,
-                            unsigned& site_index);
-  void update_bound_heads(ActivationStateData& segment, FilamentData const& data) const;
-  void step_status(ActivationStateData& segment, double closing_probability) const;
+  void state_change_segments(unsigned chain, FilamentData const& data);
+  /// Sites of the segment of that number in its chain.
+  void update_states(unsigned chain, unsigned number, unsigned old_lumped,
+                     FilamentData const& data);
+  void renew_sites(unsigned chain, FilamentData& data);
+  void step_status(ActivationStateData& segment, double closing_probability);
+  unsigned next_state(ActivationStateData const& segment, unsigned place, unsigned old_lumped,
+                      FilamentData const& data) const;
   unsigned lumped_state(ActivationStateData const& segment) const;
-  void write_release_factors(std::valarray<ActinSite_s>& sites, unsigned first_chain) const;
-  void count_segments();
   /// Calls `visit(site, state)` for all sites of a chain in order.
   template <class Visit>
   void for_each_site(unsigned chain, Visit const& visit) const;
 
+  /// What a chain has beside its segments.
+  struct Chain_s {
+    std::size_t first_segment;  ///< counted over all chains
+    FlexibleChain_s shape;
+    std::vector<char> is_due;                 ///< per site: state or chain has changed there
+    std::vector<double> closing_probability;  ///< per segment
+    std::vector<char> has_heads;              ///< per segment: in the last step
+    bool has_due_sites = true;
+    bool is_outdated = true;  ///< the states are no longer those of `shape`
+  };
+
   Model const* power_stroke_model;
   ChainSegments chain_segments;
+  std::vector<Chain_s> chains;
+  BoundSites bound_sites;
   Protocol ca_protocol;
   FChainModel fchain;
   std::unique_ptr<CaActivation3x2SModel> ca_model;
   std::unique_ptr<KbActivationModelE> kb_model;
   unsigned segment_length = 0;
-  std::unique_ptr<AnalyticalChainModel<double>> analytical_chain;
-  std::unique_ptr<FEMFlexChainModel> fem_chain;
-
-  // Per chain, per site along the chain: with the pins that hold in any case, and as if each other
-  // weakly bound head held the chain, too.
-  std::vector<std::valarray<double>> phi_mean;
-  std::vector<std::valarray<double>> phi_sd;
-  std::vector<std::valarray<double>> phi_mean_weak;
-  std::vector<std::valarray<double>> phi_sd_weak;
-  std::vector<std::valarray<double>> curvature_factor;
-
-  // Of the chain at work; kept so that no step allocates.
-  std::vector<PinningSite_s> pins;
-  std::vector<PinningSite_s> all_pins;
-  std::valarray<double> all_pins_mean;
-  std::valarray<double> all_pins_sd;
+  std::unique_ptr<FlexibleChainSolver> solver;
+  std::vector<PinningSite_s> holders;  ///< of the chain at work
 };

@@ -28,9 +28,12 @@ ActivationGeeves6SModel::ActivationGeeves6SModel(ActivationModelParameter const&
   choose_regulation(parameter.healtyChainPercent);
   bound_histogram.assign(segment_length + 1, 0);
   chain_segments = lay_out_segments(*geometry, segment_length);
+  bound_sites = BoundSites(chain_segments);
+  state_counts.assign(n_statuses, 0);
   for (auto& chain : chain_segments) {
     for (ActivationStateData& segment : chain) {
       segment.status = 0;
+      ++state_counts[segment.status];
       std::fill(segment.state.begin(), segment.state.end(), 1);
     }
   }
@@ -59,40 +62,42 @@ int ActivationGeeves6SModel::state_change(FilamentData& data, double time,
   if (ca_model) ca_model->set_calcium(value);
   if (kb_model) kb_model->set_kb(value);
   std::fill(bound_histogram.begin(), bound_histogram.end(), 0);
+  bound_sites.count(data);
+  std::size_t number = 0;
   for (auto& chain : chain_segments) {
     for (ActivationStateData& segment : chain) {
-      state_change_segment(segment, data);
-      segment.copy_to_filament(data, state_map);
+      state_change_segment(segment, bound_sites.in_segment(number++), data);
     }
   }
-  count_segments();
+  sites_are_set = true;
   counts = state_counts;
   return 0;
 }
 
-unsigned ActivationGeeves6SModel::state_change_segment(ActivationStateData& segment,
-                                                       FilamentData const& data) {
-  unsigned const n_bound = segment.n_heads_bound(data);
+void ActivationGeeves6SModel::state_change_segment(ActivationStateData& segment, unsigned n_bound,
+                                                   FilamentData& data) {
+  ++bound_histogram[n_bound];
   auto const draw = [&](auto const& model) {
     int const next =
         model.update_status(static_cast<int>(segment.status), static_cast<int>(n_bound), dt);
+    --state_counts[segment.status];
     segment.status = static_cast<unsigned>(next);
+    ++state_counts[segment.status];
     return model.GetLumpedSegmentState(next);
   };
   unsigned const lumped = ca_model ? draw(*ca_model) : draw(*kb_model);
+  // Nobody else writes what the sites hold, so they keep it until the lumped state changes.
+  if (sites_are_set && lumped == segment.state.front()) return;
+  set_sites(segment, lumped, data);
+}
+
+void ActivationGeeves6SModel::set_sites(ActivationStateData& segment, unsigned lumped,
+                                        FilamentData& data) const {
   std::fill(segment.state.begin(), segment.state.end(), lumped);
   std::fill(segment.k_on_factor.begin(), segment.k_on_factor.end(), lumped == 1 ? 0.0 : 1.0);
   std::fill(segment.k_stroke_factor.begin(), segment.k_stroke_factor.end(),
             lumped == 0 ? 1.0 : 0.0);
-  ++bound_histogram[n_bound];
-  return lumped;
-}
-
-void ActivationGeeves6SModel::count_segments() {
-  state_counts.assign(n_statuses, 0);
-  for (auto const& chain : chain_segments) {
-    for (ActivationStateData const& segment : chain) ++state_counts[segment.status];
-  }
+  segment.copy_to_filament(data, state_map);
 }
 
 void ActivationGeeves6SModel::state_info(std::vector<double>& info) const {

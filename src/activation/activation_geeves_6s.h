@@ -36,15 +36,16 @@ class ActivationGeeves6SModel : public ActivationModel {
 
  private:
   void choose_regulation(int healtyChainPercent);
-  /// Draws the segment's status and sets its sites; returns the lumped state.
-  unsigned state_change_segment(ActivationStateData& segment, FilamentData const& data);
-  void count_segments();
+  void state_change_segment(ActivationStateData& segment, unsigned n_bound, FilamentData& data);
+  void set_sites(ActivationStateData& segment, unsigned lumped, FilamentData& data) const;
 
   std::vector<unsigned> state_map;
   ChainSegments chain_segments;
+  BoundSites bound_sites;
   Protocol ca_protocol;
   std::unique_ptr<CaActivation3x3SModel> ca_model;
   std::unique_ptr<KbActivationModelR> kb_model;
   unsigned segment_length = 0;
   std::vector<unsigned> bound_histogram;
+  bool sites_are_set = false;  ///< since the first step
 };

@@ -26,6 +26,10 @@ unsigned ActivationStateData::head_state(unsigned i, FilamentData const& data) c
   return head ? head->state : 0;
 }
 
+ActinSite_s* ActivationStateData::find_site(unsigned i, FilamentData& data) const {
+  return is_inside(i, data) ? &data.sites[fibre[i]][site[i]] : nullptr;
+}
+
 unsigned ActivationStateData::n_heads_bound(FilamentData const& data) const {
   unsigned n = 0;
   for (unsigned i = 0; i < segment_length; ++i) n += head_bound(i, data) ? 1 : 0;
@@ -34,12 +38,15 @@ unsigned ActivationStateData::n_heads_bound(FilamentData const& data) const {
 
 void ActivationStateData::copy_to_filament(FilamentData& data,
                                            std::vector<unsigned> const& state_map) const {
-  for (unsigned i = 0; i < segment_length; ++i) {
-    if (!is_inside(i, data)) continue;
-    ActinSite_s& target = data.sites[fibre[i]][site[i]];
-    target.k_on_factor = k_on_factor[i];
-    data.most_k_on_factor = std::max(data.most_k_on_factor, k_on_factor[i]);
-    target.k_stroke_factor = k_stroke_factor[i];
-    target.state = state_map[state[i]];
-  }
+  for (unsigned i = 0; i < segment_length; ++i) copy_place_to_filament(i, data, state_map);
+}
+
+void ActivationStateData::copy_place_to_filament(unsigned i, FilamentData& data,
+                                                 std::vector<unsigned> const& state_map) const {
+  ActinSite_s* const target = find_site(i, data);
+  if (!target) return;
+  target->k_on_factor = k_on_factor[i];
+  data.most_k_on_factor = std::max(data.most_k_on_factor, k_on_factor[i]);
+  target->k_stroke_factor = k_stroke_factor[i];
+  target->state = state_map[state[i]];
 }

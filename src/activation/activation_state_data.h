@@ -3,6 +3,7 @@
 
 #include <vector>
 
+struct ActinSite_s;
 struct FilamentData;
 
 class ActivationStateData {
@@ -10,6 +11,8 @@ class ActivationStateData {
   explicit ActivationStateData(unsigned length);
 
   unsigned get_segment_length() const { return segment_length; }
+  /// The site at place `i`; null for a place past the fibre's end.
+  ActinSite_s* find_site(unsigned i, FilamentData& data) const;
   /// Whether the site at place `i` carries a head; false for a place past the fibre's end.
   bool head_bound(unsigned i, FilamentData const& data) const;
   /// Kinetic state of the head there; 0 without a head or past the end.
@@ -20,6 +23,9 @@ class ActivationStateData {
   /// Writes both factors and the mapped state into the filament's sites; leaves `k_off_factor` and
   /// `head` alone and skips places past the end.
   void copy_to_filament(FilamentData& data, std::vector<unsigned> const& state_map) const;
+  /// The same for one place.
+  void copy_place_to_filament(unsigned i, FilamentData& data,
+                              std::vector<unsigned> const& state_map) const;
 
   unsigned segment_length;
   unsigned status = 0;          ///< the segment's state in a regulation model

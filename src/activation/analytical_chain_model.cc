@@ -6,7 +6,7 @@ namespace {
 
 constexpr double longest = 5.0;
 
-constexpr int sites_beyond_end = 10;
+constexpr unsigned sites_beyond_end = 10;
 constexpr double angle_beyond_end = -0.1;
 
 }  // namespace
@@ -44,12 +44,12 @@ void AnalyticalChainModel<Number>::welks(int n, WelksValue_s& w) const {
   if (n >= 1 && n < static_cast<int>(table.size())) {
     w = table[static_cast<std::size_t>(n)];
   } else {
-    compute_span(n, w);
+    compute_welks_beyond_table(n, w);
   }
 }
 
 template <class Number>
-void AnalyticalChainModel<Number>::compute_span(int n, WelksValue_s& w) const {
+void AnalyticalChainModel<Number>::compute_welks_beyond_table(int n, WelksValue_s& w) const {
   Number const x = length_of(n);
   if (x > longest) {
     w = table[0];
@@ -72,7 +72,7 @@ template <class Number>
 void AnalyticalChainModel<Number>::extend_table(unsigned n) {
   while (table.size() <= n) {
     WelksValue_s w;
-    compute_span(static_cast<int>(table.size()), w);
+    compute_welks_beyond_table(static_cast<int>(table.size()), w);
     table.push_back(w);
   }
 }
@@ -83,11 +83,40 @@ void AnalyticalChainModel<Number>::pavsd(int n1, int n2, Number phi1, Number phi
   WelksValue_s W1, W2;
   welks(n1, W1);
   welks(n2, W2);
+  join(W1, W2, phi1, phi2, mean, sd);
+}
+
+template <class Number>
+void AnalyticalChainModel<Number>::join(WelksValue_s const& W1, WelksValue_s const& W2, Number phi1,
+                                        Number phi2, Number& mean, Number& sd) {
   Number const a = W1.w1 - W2.w1;
   Number const b = W1.w3 + W2.w3;
   Number const q = (W1.w0 + W2.w0) * b - a * a;
   mean = -0.5 * ((W1.w4 * phi1 + W2.w4 * phi2) * b - (W1.w5 * phi1 - W2.w5 * phi2) * a) / q;
   sd = std::sqrt(std::abs(4 * b / q));
+}
+
+template <class Number>
+void AnalyticalChainModel<Number>::fill(unsigned first, unsigned end, Hold_s left, Hold_s right,
+                                        std::valarray<Number>& mean,
+                                        std::valarray<Number>& sd) const {
+  for (unsigned k = first; k < end; ++k) {
+    join(table[k - first + left.gap], table[end - 1 - k + right.gap], left.angle, right.angle,
+         mean[k], sd[k]);
+    sd[k] *= fc.sd_fac;
+  }
+}
+
+template <class Number>
+void AnalyticalChainModel<Number>::compute_span(PinningSite_s a, PinningSite_s b,
+                                                std::valarray<Number>& mean,
+                                                std::valarray<Number>& sd) {
+  extend_table(b.site - a.site);
+  fill(a.site + 1, b.site, {pin_angle(a, fc), 1}, {pin_angle(b, fc), 1}, mean, sd);
+  for (PinningSite_s const& pin : {a, b}) {
+    mean[pin.site] = pin_angle(pin, fc);
+    sd[pin.site] = 0.0;
+  }
 }
 
 template <class Number>
@@ -100,42 +129,13 @@ void AnalyticalChainModel<Number>::compute_chain(std::vector<PinningSite_s> cons
     return;
   }
   extend_table(n + sites_beyond_end);
-  fill_ends(pins.front(), pins.back(), static_cast<int>(n), mean, sd);
-  for (PinningSite_s const& pin : pins) {
-    mean[pin.site] = pin_angle(pin, fc);
-    sd[pin.site] = 0.0;
-  }
-  for (std::size_t i = 1; i < pins.size(); ++i) fill_between(pins[i - 1], pins[i], mean, sd);
-  sd *= fc.sd_fac;
-}
-
-template <class Number>
-void AnalyticalChainModel<Number>::fill_ends(PinningSite_s first, PinningSite_s last, int n,
-                                             std::valarray<Number>& mean,
-                                             std::valarray<Number>& sd) const {
-  Number const phi_first = pin_angle(first, fc);
-  for (unsigned j = 0; j < first.site; ++j) {
-    int const to_pin = static_cast<int>(first.site - j);
-    pavsd(static_cast<int>(j) + sites_beyond_end, to_pin, angle_beyond_end, phi_first, mean[j],
-          sd[j]);
-  }
-  Number const phi_last = pin_angle(last, fc);
-  int const rest = n - 1 - static_cast<int>(last.site);
-  for (int i = 1; i <= rest; ++i) {
-    auto const site = last.site + static_cast<unsigned>(i);
-    pavsd(i, rest + sites_beyond_end - i, phi_last, angle_beyond_end, mean[site], sd[site]);
-  }
-}
-
-template <class Number>
-void AnalyticalChainModel<Number>::fill_between(PinningSite_s a, PinningSite_s b,
-                                                std::valarray<Number>& mean,
-                                                std::valarray<Number>& sd) const {
-  Number const phi_a = pin_angle(a, fc);
-  Number const phi_b = pin_angle(b, fc);
-  for (unsigned k = a.site + 1; k < b.site; ++k) {
-    pavsd(static_cast<int>(k - a.site), static_cast<int>(b.site - k), phi_a, phi_b, mean[k], sd[k]);
-  }
+  PinningSite_s const& first = pins.front();
+  PinningSite_s const& last = pins.back();
+  Hold_s const beyond_end = {angle_beyond_end, sites_beyond_end};
+  fill(0, first.site, beyond_end, {pin_angle(first, fc), 1}, mean, sd);
+  compute_span(first, first, mean, sd);
+  for (std::size_t i = 1; i < pins.size(); ++i) compute_span(pins[i - 1], pins[i], mean, sd);
+  fill(last.site + 1, n, {pin_angle(last, fc), 1}, beyond_end, mean, sd);
 }
 
 template class AnalyticalChainModel<double>;

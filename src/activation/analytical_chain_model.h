@@ -39,15 +39,25 @@ class AnalyticalChainModel {
   /// of the free chain.
   void compute_chain(std::vector<PinningSite_s> const& pins, unsigned n,
                      std::valarray<Number>& mean, std::valarray<Number>& sd);
+  /// Fills both arrays from a pin to the next one, both included.
+  void compute_span(PinningSite_s a, PinningSite_s b, std::valarray<Number>& mean,
+                    std::valarray<Number>& sd);
 
  private:
   Number length_of(int n) const { return n * fc.actin_distance * fc.xi; }
-  void compute_span(int n, WelksValue_s& w) const;
+  void compute_welks_beyond_table(int n, WelksValue_s& w) const;
   void extend_table(unsigned n);
-  void fill_ends(PinningSite_s first, PinningSite_s last, int n, std::valarray<Number>& mean,
-                 std::valarray<Number>& sd) const;
-  void fill_between(PinningSite_s a, PinningSite_s b, std::valarray<Number>& mean,
-                    std::valarray<Number>& sd) const;
+  /// `pavsd` from the coefficients of both spans.
+  static void join(WelksValue_s const& W1, WelksValue_s const& W2, Number phi1, Number phi2,
+                   Number& mean, Number& sd);
+  /// What holds a run of sites on one side: an angle, `gap` sites from the run's nearest site.
+  struct Hold_s {
+    Number angle;
+    unsigned gap;
+  };
+  /// Fills the sites from `first` to before `end`; the table reaches over the run and its gaps.
+  void fill(unsigned first, unsigned end, Hold_s left, Hold_s right, std::valarray<Number>& mean,
+            std::valarray<Number>& sd) const;
 
   int table_size = 0;
   /// Entry 0 serves all lengths beyond 5, entry i a span of i sites. What follows after

@@ -1,5 +1,7 @@
 #include "activation/ca_activation_3x2s.h"
 
+#include <algorithm>
+
 #include "base/output_file.h"
 #include "base/parameter_file.h"
 #include "base/run_state.h"
@@ -26,13 +28,11 @@ void CaActivation3x2SModel::declare_parameters(dealii::ParameterHandler& handler
 }
 
 int CaActivation3x2SModel::update_status(int status, double dt, double closing_probability) const {
-  auto const from = static_cast<unsigned>(status);
-  bool const is_closed = GetLumpedSegmentState(status) == 2;
-  auto const rate = [&](unsigned to) {
-    bool const blocks = is_closed && GetLumpedSegmentState(static_cast<int>(to)) == 1;
-    return blocks ? get_k(from, to) * closing_probability : get_k(from, to);
-  };
-  return static_cast<int>(draw_status(n_states(), from, dt, rate));
+  SegmentMoves out = moves_out_of(status);
+  // Out of the closed position blocking comes first, as the blocked states are the lowest.
+  bool const can_block = GetLumpedSegmentState(status) == 2 && out.target[0] < 3;
+  if (can_block) out.rate[0] *= std::max(0.0, closing_probability);
+  return static_cast<int>(draw_status(static_cast<unsigned>(status), out, dt));
 }
 
 void CaActivation3x2SModel::listingActivationInput() const {

@@ -23,8 +23,7 @@ void CaActivation3x3SModel::declare_parameters(dealii::ParameterHandler& handler
 
 int CaActivation3x3SModel::update_status(int status, int n_heads_bound, double dt) const {
   auto const from = static_cast<unsigned>(status);
-  auto const next = static_cast<int>(
-      draw_status(n_states(), from, dt, [&](unsigned to) { return get_k(from, to); }));
+  auto const next = static_cast<int>(draw_status(from, moves_out_of(status), dt));
   bool const would_block = GetLumpedSegmentState(status) == 2 && GetLumpedSegmentState(next) == 1;
   return would_block && n_heads_bound >= 1 ? status : next;
 }

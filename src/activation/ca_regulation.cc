@@ -1,5 +1,7 @@
 #include "activation/ca_regulation.h"
 
+#include <algorithm>
+
 #include "activation/segment_layout.h"
 #include "base/parameter_file.h"
 
@@ -66,6 +68,8 @@ void CaRegulation::get_parameters(dealii::ParameterHandler& handler) {
 }
 
 void CaRegulation::set_calcium(double Ca) {
+  if (Ca == calcium) return;
+  calcium = Ca;
   double const ion_on[] = {k_Ca_on * Ca, k_Ca_on_p * Ca, k_Ca_on_s * Ca};
   double const ion_off[] = {k_Ca_off, k_Ca_off_p, k_Ca_off_s};
   double const b_c[] = {k_b_c, k_b_c_p, k_b_c_s};
@@ -84,6 +88,7 @@ void CaRegulation::set_calcium(double Ca) {
     set(c, 3 + c, b_c[c], c_b[c]);
     if (positions == 3) set(3 + c, 6 + c, c_o[c], o_c[c]);
   }
+  std::transform(rates.begin(), rates.end(), moves.begin(), moves_of<9>);
 }
 
 void CaRegulation::list_constants(FILE* file) const {

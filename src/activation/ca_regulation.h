@@ -18,6 +18,8 @@
 /// The second ion binds only with the indicator 2. A model with two positions has neither the
 /// status values nor the constants of the open one.
 
+#include <array>
+#include <cmath>
 #include <cstdio>
 #include <string>
 
@@ -45,6 +47,9 @@ class CaRegulation {
   explicit CaRegulation(unsigned n_positions) : positions(n_positions) {}
   ~CaRegulation() = default;
 
+  SegmentMoves const& moves_out_of(int status) const {
+    return moves[static_cast<unsigned>(status)];
+  }
   bool binds_two() const { return caActivationModelIndicator == 2; }
   /// Writes all constants of the model, in the form of both listings.
   void list_constants(FILE* file) const;
@@ -72,5 +77,7 @@ class CaRegulation {
 
   unsigned const positions;
   unsigned segment_length = 0;
+  double calcium = NAN;  ///< of the rates
   SegmentRates<9> rates{};
+  std::array<SegmentMoves, 9> moves;
 };

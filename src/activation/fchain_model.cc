@@ -35,14 +35,19 @@ struct JoinedCurve {
   }
 };
 
-/// The curve whose lower mean lies so that the cut point has the weight of the upper curve there.
+/// Where the inverse of erfc, and with it the cut's place on the lower curve, is held: at a weight
+/// of 0.999999999 above the cut, and of the least number.
+double const lowest_cut = boost::math::erfc_inv(2.0 * 0.999999999);
+double const highest_cut = boost::math::erfc_inv(2.0 * DBL_MIN);
+
+/// The curve whose lower mean u follows from the weight q of the upper curve above the cut, as
+/// u = c - t erfc_inv(2 q); with 2 q = erfc(z) the inverse is z itself.
 JoinedCurve joined_curve(double m, double s, double c, double t) {
   // Where both curves coincide, what follows gives these values exactly.
   if (c == m && t == s) return {m, s, c, t, c, 1.0, 1.0};
-  double const upper_tails = two_tails(c, m, s);
-  double const q = std::clamp(0.5 * upper_tails, DBL_MIN, 0.999999999);
-  double const u = c - boost::math::erfc_inv(2.0 * q) * t;
-  return {m, s, c, t, u, upper_tails, t > pinned_sd ? two_tails(c, u, t) : 0.0};
+  double const z = (c - m) / (s * sqrt_2);
+  double const u = c - t * std::clamp(z, lowest_cut, highest_cut);
+  return {m, s, c, t, u, std::erfc(z), t > pinned_sd ? two_tails(c, u, t) : 0.0};
 }
 
 bool is_pinned(double sd) { return !(std::abs(sd) > pinned_sd); }
@@ -123,11 +128,8 @@ unsigned FChainModel::update_status(unsigned, double mean, double sd, double mea
 
 double FChainModel::free_factor(double mean, double sd, double mean_weak, double sd_weak) const {
   if (is_pinned(sd)) return mean >= 0.0 || mean >= fc.phi_plus ? std::min(km, 1.0) : 0.0;
-  JoinedCurve const curve = joined_curve(mean, sd, mean_weak, sd_weak);
-  double const below_plus = curve.below(fc.phi_plus);
-  double const p_free = below_plus - curve.below(0.0);
-  double const p_above = 1.0 - below_plus;
-  return std::min((p_free + p_above) * km, 1.0);
+  double const below_0 = joined_curve(mean, sd, mean_weak, sd_weak).below(0.0);
+  return std::min((1.0 - below_0) * km, 1.0);
 }
 
 double FChainModel::weak_head_factor(double mean, double sd, double mean_weak,

@@ -1,5 +1,7 @@
 #include "activation/kb_activation_rigid.h"
 
+#include <algorithm>
+
 #include "activation/segment_layout.h"
 #include "base/parameter_file.h"
 #include "base/run_state.h"
@@ -67,12 +69,12 @@ void KbActivationModelR::set_kb(double kb) {
   rates[5][4] = k_65;
   rates[2][5] = k_36;
   rates[5][2] = k_36 / lam;
+  std::transform(rates.begin(), rates.end(), moves.begin(), moves_of<6>);
 }
 
 int KbActivationModelR::update_status(int status, int n_heads_bound, double dt) const {
   auto const from = static_cast<unsigned>(status);
-  auto const next = static_cast<int>(
-      draw_status(n_states(), from, dt, [&](unsigned to) { return get_k(from, to); }));
+  auto const next = static_cast<int>(draw_status(from, moves[from], dt));
   bool const would_close = GetLumpedSegmentState(status) == 0 && GetLumpedSegmentState(next) > 0;
   return would_close && n_heads_bound >= 1 ? status : next;
 }

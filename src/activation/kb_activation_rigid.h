@@ -50,5 +50,6 @@ class KbActivationModelR {
   unsigned segment_length = 0;
   bool strict_closing = false;
   SegmentRates<6> rates{};
+  std::array<SegmentMoves, 6> moves;
   std::string file_name;
 };

@@ -7,6 +7,7 @@
 
 class Geometry;
 class ParameterSection;
+struct FilamentData;
 
 /// Per chain, its segments along the filament.
 using ChainSegments = std::vector<std::vector<ActivationStateData>>;
@@ -15,6 +16,23 @@ using ChainSegments = std::vector<std::vector<ActivationStateData>>;
 /// fibre and node; the last segment of a chain may run past the end of the fibre. A lattice without
 /// regulated chains gives none.
 ChainSegments lay_out_segments(Geometry const& geometry, unsigned segment_length);
+
+/// How many sites of each segment carry a head.
+class BoundSites {
+ public:
+  BoundSites() = default;
+  explicit BoundSites(ChainSegments const& chains);
+
+  /// Counts anew, in one walk along the fibres.
+  void count(FilamentData const& data);
+  /// Of a segment, numbered chain after chain.
+  unsigned in_segment(std::size_t number) const { return n_bound[number]; }
+
+ private:
+  std::vector<std::vector<unsigned>> segment_of;  ///< by fibre and node; of no segment: the last
+  std::vector<unsigned> n_bound;                  ///< by segment; the last one is none
+  std::vector<unsigned> found;
+};
 
 /// Reads the key `segment_length`; refuses what no chain can have.
 unsigned read_segment_length(ParameterSection const& section);

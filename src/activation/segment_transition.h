@@ -1,29 +1,55 @@
 #pragma once
 /// How a regulatory segment moves between the states of its model in one step.
+///
+/// Law: a move has the probability rate times step. The moves out of a state lie one after the
+///      other, in the order of their targets, on a scale from 0; a uniform variate picks the move
+///      in whose stretch it falls, and beyond the last one the segment stays.
+///
+/// A step so long that the scale is longer than 1 is told on standard output; the scale is then
+/// shortened in proportion, and the segment moves with certainty.
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 
 #include "base/uniform_variate.h"
-#include "kinetics/outcome_scale.h"
 
 /// Rates between the N states of a segment, by [from][to]; 0 where there is no transition.
 template <unsigned N>
 using SegmentRates = std::array<std::array<double, N>, N>;
 
-/// Draws the state after a step of length `dt`: `rate(to)` is the rate out of `status`, and one
-/// number of the random stream is used. A step so long that the probabilities add up to more than
-/// 1 is told on standard output; the segment then moves with certainty.
-template <class Rate>
-unsigned draw_status(unsigned n_states, unsigned status, double dt, Rate const& rate) {
-  double const r = uniform_variate();
-  OutcomeScale<unsigned, 9> scale;
-  for (unsigned to = 0; to < n_states; ++to) {
-    double const k = rate(to);
-    if (k > 0.0) scale.add(k * dt, to);
+/// The moves out of one state in the order of their targets: no model has more than four. Behind
+/// them the rates are 0, stretches of no length that nothing falls into, so that a draw needs no
+/// loop of unforeseen length.
+struct SegmentMoves {
+  std::array<double, 4> rate{};
+  std::array<unsigned, 4> target{};
+};
+
+template <std::size_t N>
+SegmentMoves moves_of(std::array<double, N> const& rates) {
+  SegmentMoves moves;
+  unsigned n = 0;
+  for (unsigned to = 0; to < N; ++to) {
+    if (!(rates[to] > 0.0)) continue;
+    moves.rate[n] = rates[to];
+    moves.target[n] = to;
+    ++n;
   }
-  if (scale.sum > 1.0) std::printf("Internal Error!!!! Actin Binding, Sum %e\n", scale.sum);
-  scale.close();
-  unsigned const* const target = scale.pick(r);
-  return target ? *target : status;
+  return moves;
+}
+
+/// Draws the state after a step of length `dt` in `status`; uses one number of the random stream.
+inline unsigned draw_status(unsigned status, SegmentMoves const& moves, double dt) {
+  double const r = uniform_variate();
+  std::array<double, 4> ends;
+  double sum = 0.0;
+  for (unsigned i = 0; i < ends.size(); ++i) ends[i] = sum += moves.rate[i] * dt;
+  if (sum > 1.0) {
+    std::printf("Internal Error!!!! Actin Binding, Sum %e\n", sum);
+    for (double& end : ends) end /= sum;
+  }
+  if (r == 0.0 || r > ends.back()) return status;
+  auto const picked = std::lower_bound(ends.begin(), ends.end(), r);
+  return moves.target[static_cast<std::size_t>(picked - ends.begin())];
 }
