@@ -18,8 +18,7 @@ struct RegulatedFilament {
                     int indicator = 0, int healthy_percent = 100,
                     std::vector<double> const& first_variates = {}, Model const* heads = nullptr)
       : n_draws(draws) {
-    write_parameters("geom_vertebrae.prm", "actin",
-                     {"dx_actin = 1", "length_actin = " + std::to_string(nodes)});
+    write_settings("geom_vertebrae.prm", "actin: dx_actin=1 length_actin=" + std::to_string(nodes));
     geometry = std::make_unique<GeometryVertebrae>(GeometryParameter_s{});
     geometry->initialize_filament(data);
     ScriptedRand::script(first_variates);

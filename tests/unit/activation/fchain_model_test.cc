@@ -16,7 +16,7 @@ double normal(double x, double mean, double sd) {
 }
 
 FChainModel model_with(std::string const& km, std::string const& kps) {
-  write_file("mg_old.prm", "subsection rates\nset km = " + km + "\nset kps = " + kps + "\nend\n");
+  write_settings("mg_old.prm", "rates: km=" + km + " kps=" + kps);
   return FChainModel(0.001);
 }
 

@@ -17,8 +17,7 @@ TEST(SegmentLayout, CoversEachNodeOnceWhateverTheNumberOfNodes) {
         Case_s{13, 3, {3, 2}},    // the last even segment runs past the end
         Case_s{15, 4, {2, 2}},    // only the odd ones' last does so
         Case_s{5, 9, {1, 1}}}) {  // a segment longer than the chain
-    write_parameters("geom_vertebrae.prm", "actin",
-                     {"dx_actin = 1", "length_actin = " + std::to_string(nodes)});
+    write_settings("geom_vertebrae.prm", "actin: dx_actin=1 length_actin=" + std::to_string(nodes));
     ChainSegments const chains = lay_out_segments(GeometryVertebrae({}), length);
     ASSERT_EQ(chains.size(), 4u);
     for (unsigned chain = 0; chain < 4; ++chain) {

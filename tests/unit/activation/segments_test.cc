@@ -10,6 +10,7 @@
 #include "activation/ca_activation_3x3s.h"
 #include "activation/kb_activation_extensible.h"
 #include "activation/kb_activation_rigid.h"
+#include "support/expect_refusal.h"
 #include "support/occupancy.h"
 #include "support/scripted_rand.h"
 #include "support/work_dir.h"
@@ -18,41 +19,36 @@ namespace {
 
 // Constants of order 1 that tell all steps apart.
 std::string const two_positions =
-    "subsection Ca_regulation\n set K_Ca = 0.5\n set k_Ca_off = 2\n set K_Ca_p = 0.75\n"
-    " set k_Ca_off_p = 3\nend\n"
-    "subsection Blocket2Closed_regulation\n set K_TnB = 0.25\n set k_c_b = 4\n"
-    " set K_TnB_p = 1.5\n set k_c_b_p = 1.75\n set K_TnB_s = 2.5\n set k_c_b_s = 0.5\nend\n";
+    "Ca_regulation: K_Ca=0.5 k_Ca_off=2 K_Ca_p=0.75 k_Ca_off_p=3; Blocket2Closed_regulation: "
+    "K_TnB=0.25 k_c_b=4 K_TnB_p=1.5 k_c_b_p=1.75 K_TnB_s=2.5 k_c_b_s=0.5;";
 std::string const open_position =
-    "subsection Ca_regulation\n set K_Ca_s = 1.25\n set k_Ca_off_s = 1\nend\n"
-    "subsection Closed2Open_regulation\n set K_TnT = 0.375\n set k_o_c = 5\n"
-    " set K_TnT_p = 0.875\n set k_o_c_p = 1.125\n set K_TnT_s = 3\n set k_o_c_s = 0.625\nend\n";
+    "Ca_regulation: K_Ca_s=1.25 k_Ca_off_s=1; Closed2Open_regulation: "
+    "K_TnT=0.375 k_o_c=5 K_TnT_p=0.875 k_o_c_p=1.125 K_TnT_s=3 k_o_c_s=0.625";
 
 CaActivation3x3SModel rigid_calcium(int indicator) {
-  write_file("ca.prm", two_positions + open_position);
+  write_settings("ca.prm", two_positions + open_position);
   CaActivation3x3SModel model("ca.prm", indicator);
   for (double const Ca : {5.0, 2.0}) model.set_calcium(Ca);
   return model;
 }
 
 CaActivation3x2SModel flexible_calcium() {
-  write_file("ca.prm", two_positions);
+  write_settings("ca.prm", two_positions);
   CaActivation3x2SModel model("ca.prm", 2, 0.5);
   model.set_calcium(2.0);
   return model;
 }
 
 KbActivationModelR rigid_kb() {
-  write_file("kb.prm",
-             "subsection six_state\n set k1t = 0.5\n set k2t = 0.75\n set ep = 0.25\n"
-             " set lam = 8\n set k_21 = 3\n set k_32 = 2\n set k_25 = 1.5\n set k_65 = 6\n"
-             " set k_36 = 5\nend\n");
+  write_settings("kb.prm",
+                 "six_state: k1t=0.5 k2t=0.75 ep=0.25 lam=8 k_21=3 k_32=2 k_25=1.5 k_65=6 k_36=5");
   KbActivationModelR model("kb.prm");
   model.set_kb(2.0);
   return model;
 }
 
 KbActivationModelE flexible_kb() {
-  write_parameters("kb.prm", "rates", {"kt_eff = 20"});
+  write_settings("kb.prm", "rates: kt_eff=20");
   KbActivationModelE model("kb.prm");
   model.set_kb(3.0);
   return model;
@@ -155,27 +151,23 @@ TEST(Segments, HeadsAndChainHoldWhatCloses) {
                {4, 3, 5, 5, 4});
 }
 
-TEST(SegmentsDeathTest, RefuseConstantsWithoutSense) {
-  struct Case_s {
-    void (*make)();
-    char const* section;
-    std::string line;
-  };
+TEST(Segments, RefuseConstantsWithoutSense) {
   static constexpr char const* file = "activ_2s.prm";  // the name that one of them has fixed
   write_file("ca_protocol.dat", "0 1 0 0 0\n");
-  auto const ca = [] { CaActivation3x3SModel(file, 1); };
-  auto const kb = [] { KbActivationModelR{file}; };
-  auto const chain = [] { KbActivationModelE{file}; };
-  auto const lumped = [] { Activation2SModel({}); };
-  for (auto const& [make, section, line] :
-       {Case_s{ca, "structure", "segment_length = 0"}, Case_s{ca, "Ca_regulation", "K_Ca_s = -1"},
-        Case_s{ca, "Closed2Open_regulation", "k_o_c = nan"}, Case_s{kb, "six_state", "k_65 = -1"},
-        Case_s{kb, "six_state", "ep = 0"}, Case_s{kb, "six_state", "lam = -2"},
-        Case_s{chain, "rates", "kt_eff = -1"}, Case_s{lumped, "two_state", "lam = 0"},
-        Case_s{lumped, "two_state", "k_12 = -1"}}) {
-    write_parameters(file, section, {line});
-    EXPECT_EXIT(make(), testing::ExitedWithCode(1), file + (".*" + line.substr(0, line.find(' '))));
-  }
+  auto const refuses = [](auto const& make, std::vector<std::string> const& settings) {
+    for (std::string const& setting : settings) {
+      write_settings(file, setting);
+      auto const key = setting.find(' ') + 1;
+      expect_refusal(make, file + (".*" + setting.substr(key, setting.find('=') - key)));
+    }
+  };
+  refuses([] { CaActivation3x3SModel(file, 1); },
+          {"structure: segment_length=0", "Ca_regulation: K_Ca_s=-1",
+           "Closed2Open_regulation: k_o_c=nan"});
+  refuses([] { KbActivationModelR{file}; },
+          {"six_state: k_65=-1", "six_state: ep=0", "six_state: lam=-2"});
+  refuses([] { KbActivationModelE{file}; }, {"rates: kt_eff=-1"});
+  refuses([] { Activation2SModel({}); }, {"two_state: lam=0", "two_state: k_12=-1"});
 }
 
 }  // namespace

@@ -10,8 +10,8 @@
 
 TEST(SimParameter, SeedsOnceButForSeedZero) {
   for (unsigned const seed : {0u, 4294967295u}) {
-    write_parameters("simulation.prm", "global",
-                     {"random_seed = " + std::to_string(static_cast<int>(seed))});
+    write_settings("simulation.prm",
+                   "global: random_seed=" + std::to_string(static_cast<int>(seed)));
     SimParameter const parameters("simulation.prm");
     EXPECT_EQ(ScriptedRand::seeds(), std::vector<unsigned>(seed == 0 ? 0 : 1, seed));
   }
