@@ -32,16 +32,16 @@ void SpringBlock::number_own(std::vector<SpringDof> const& dofs) {
     // No branches: which fibre is next can't be foreseen.
     std::size_t lowest = 0;
     double x = fibres[0].x;
-    for (std::size_t fibre = 1; fibre < fibres.size(); ++fibre) {
-      bool const is_lower = fibres[fibre].x < x;
-      lowest = is_lower ? fibre : lowest;
-      x = is_lower ? fibres[fibre].x : x;
+    for (std::size_t i = 1; i < fibres.size(); ++i) {
+      bool const is_lower = fibres[i].x < x;
+      lowest = is_lower ? i : lowest;
+      x = is_lower ? fibres[i].x : x;
     }
-    Rest& rest = fibres[lowest];
-    places[rest.next] = n_own;
-    n_own += dofs[rest.next].motion.kind == Motion::Kind::own ? 1 : 0;
-    if (++rest.next < rest.end) {
-      rest.x = dofs[rest.next].x;
+    Fibre& fibre = fibres[lowest];
+    places[fibre.next] = n_own;
+    n_own += dofs[fibre.next].motion.kind == Motion::Kind::own ? 1 : 0;
+    if (++fibre.next < fibre.end) {
+      fibre.x = dofs[fibre.next].x;
     } else {
       fibres.erase(fibres.begin() + static_cast<std::ptrdiff_t>(lowest));
     }

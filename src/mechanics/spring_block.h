@@ -14,6 +14,7 @@
 /// Call order: `set_dofs`, `set_springs`; `factorise`; then for each right-hand side `reduce` and,
 /// when the joints' displacements are known, `recover`.
 
+#include <algorithm>
 #include <vector>
 
 #include "mechanics/skyline_matrix.h"
@@ -59,7 +60,7 @@ class SpringBlock {
 
   /// Fibre after fibre, in ascending coordinate within each.
   void set_dofs(std::vector<SpringDof> const& dofs);
-  /// Setting the same springs again changes nothing.
+  /// Setting the same springs again keeps the factors. New dofs need new springs.
   void set_springs(std::vector<Spring> const& list);
 
   unsigned n_dofs() const { return static_cast<unsigned>(places.size()); }
@@ -70,13 +71,12 @@ class SpringBlock {
   bool has_factors() const { return is_factorised; }
   bool is_definite() const { return matrix.is_definite(); }
   bool factorise();
-  /// Takes the forces on all degrees of freedom, in their order, as `add_forces` and `recover` do
-  /// theirs.
+  /// Takes the force on each degree of freedom, as the functions below have a number for each.
   void reduce(double const* forces);
-  /// What is left on joint `a`, and between `a` and `b`.
+  /// What joint `a` feels of the forces and, under a displacement of joint `b`, of the springs.
   double joint_force(unsigned a) const { return work[n_own + a]; }
   double joint_stiffness(unsigned a, unsigned b) const {
-    return matrix.get(n_own + (a > b ? a : b), n_own + (a > b ? b : a));
+    return matrix.get(n_own + std::max(a, b), n_own + std::min(a, b));
   }
   void set_joint_displacement(unsigned a, double u) { work[n_own + a] = u; }
   void recover(double* u);
@@ -85,8 +85,8 @@ class SpringBlock {
   double add_forces(double const* u, double* forces) const;
 
  private:
-  /// What is left of a fibre's list.
-  struct Rest {
+  /// The degrees of freedom of a fibre that have no number yet.
+  struct Fibre {
     unsigned next;
     unsigned end;
     double x;  ///< of `next`
@@ -105,6 +105,6 @@ class SpringBlock {
   bool is_factorised = false;
   std::vector<double> work;  ///< right-hand side, then solution, by row
   // Work spaces, kept for their memory.
-  std::vector<Rest> fibres;
+  std::vector<Fibre> fibres;
   std::vector<unsigned> first;
 };

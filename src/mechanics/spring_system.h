@@ -9,7 +9,8 @@
 ///
 /// Shared unknowns: in a half-sarcomere one, the actin end; in series the loaded end and then the
 /// junctions in their order, which makes their matrix a band. A mirrored half-sarcomere has the
-/// sign -1. A shared unknown may be prescribed, which enters no block.
+/// sign -1; the first degree of freedom that moves with a shared unknown has the sign 1. Whether
+/// one is prescribed or free is no matter of the filaments, which keep their factors through it.
 ///
 /// Degrees of freedom: block after block, then one more, the outer end of the series element. It
 /// hangs on one spring, so its force simply passes to the inner end: no difference of large
@@ -39,15 +40,15 @@ class SpringSystem {
  public:
   using Vector = dealii::Vector<double>;
 
-  /// All shared unknowns are free at first.
+  /// At least one shared unknown; all are free at first.
   void set_size(std::size_t n_blocks, unsigned n_shared);
   SpringBlock& block(std::size_t i) { return blocks[i]; }
   void prescribe(unsigned unknown, double u);
   void release(unsigned unknown);
   void set_series(SeriesSpring const& spring);
 
-  /// Finds the displacements at which the springs balance the forces. False if refused; the
-  /// following may be asked for all the same.
+  /// Finds the displacements at which the springs balance the forces. False if refused; forces may
+  /// be condensed all the same.
   bool solve(Vector const& forces, Vector& u);
 
   /// Adds up the forces on each unknown at the first of its degrees of freedom. All others are set
@@ -57,7 +58,8 @@ class SpringSystem {
   double add_forces(Vector const& u, Vector& forces) const;
   /// Whether the last solution came from positive pivots alone, and so balances.
   bool is_definite() const;
-  /// The largest force that is left on an unknown, relative to the largest of all forces.
+  /// The largest force that displacements `u` leave on an unknown, relative to the largest of all
+  /// forces; not a number if one isn't.
   double residual(Vector const& forces, Vector const& u);
 
  private:
@@ -81,7 +83,7 @@ class SpringSystem {
   SeriesSpring series;
   SkylineMatrix matrix;  ///< of the shared unknowns
   bool is_factorised = false;
-  std::vector<double> work;
+  std::vector<double> work;  ///< right-hand side, then solution
   // Work spaces, kept for their memory.
   std::vector<unsigned> first;
   Vector left;
