@@ -16,8 +16,10 @@
 #include "kinetics/model.h"
 #include "lattice/geometry.h"
 #include "lattice/geometry_tools.h"
-#include "mechanics/filament.h"
+#include "mechanics/filament_array.h"
+#include "mechanics/pivoting_solver.h"
 #include "mechanics/sarcomer.h"
+#include "mechanics/spring_system.h"
 
 namespace {
 
@@ -185,6 +187,82 @@ void assemble_and_solve(benchmark::State& state) {
   for (auto _ : state) lattice.solve();
 }
 BENCHMARK(assemble_and_solve)->Unit(benchmark::kMicrosecond);
+
+/// The filaments of a plateau, over and over, as springs for the program's solver and for the one
+/// with pivoting. Thick filaments and the outer end are held, and every force is 1 pN.
+struct PlateauSprings {
+  explicit PlateauSprings(unsigned n) {
+    FilamentArray const& filaments = plateau(10).sarcomer->all_filaments();
+    system.set_size(n, 1);
+    for (unsigned f = 0; f < n; ++f) add(filaments[f % filaments.size()]);
+    for (unsigned f = 0; f < n; ++f) renew(f);
+    double const k = 60.0 * n;
+    system.set_series({0, k, true, 0.0});
+    all.push_back({actin_ends.front(), n_dofs, k});
+    for (unsigned const dof : actin_ends) ends.ties.push_back({dof, actin_ends.front(), 1.0});
+    ends.ties.erase(ends.ties.begin());
+    ends.driven = n_dofs;
+    forces.reinit(n_dofs + 1);
+    forces = 1.0;
+  }
+
+  void add(Filament const& filament) {
+    auto& own_dofs = dofs.emplace_back();
+    auto& own_springs = springs.emplace_back();
+    filament.for_each_dof([&](unsigned, double x) { own_dofs.push_back({x, {}}); });
+    filament.create_matrix([&](unsigned i, unsigned j, double k) {
+      own_springs.push_back({i, j, k});
+      all.push_back({n_dofs + i, n_dofs + j, k});
+    });
+    for (unsigned fibre = 0; fibre < filament.n_fibre(); ++fibre) {
+      bool const is_actin = fibre > 0;
+      unsigned const end = filament.get_bnd_dof(is_actin ? 1 : 0, fibre) - filament.get_offset();
+      own_dofs[end].motion = is_actin ? Motion::shared(0) : Motion::held();
+      (is_actin ? actin_ends : ends.held).push_back(n_dofs + end);
+    }
+    n_dofs += filament.n_dofs();
+  }
+
+  /// Sets mesh and springs of a filament as new ones.
+  void renew(unsigned f) {
+    system.block(f).set_dofs(dofs[f]);
+    system.block(f).set_springs(springs[f]);
+  }
+
+  std::vector<std::vector<SpringDof>> dofs;
+  std::vector<std::vector<Spring>> springs;
+  SpringSystem system;
+  std::vector<Spring> all;
+  std::vector<unsigned> actin_ends;
+  Ends ends{};
+  unsigned n_dofs = 0;
+  dealii::Vector<double> forces;
+  dealii::Vector<double> u;
+};
+
+/// With new springs in every n-th filament, in none for 0.
+void solve_springs(benchmark::State& state) {
+  PlateauSprings lattice(static_cast<unsigned>(state.range(0)));
+  auto const n = static_cast<unsigned>(state.range(1));
+  for (auto _ : state) {
+    for (unsigned f = 0; n > 0 && f < lattice.dofs.size(); f += n) lattice.renew(f);
+    lattice.system.solve(lattice.forces, lattice.u);
+  }
+  state.counters["dofs"] = lattice.n_dofs;
+}
+BENCHMARK(solve_springs)->ArgsProduct({{10, 100, 1000}, {0, 1, 2}})->Unit(benchmark::kMicrosecond);
+
+/// The same, with the sparse matrix built anew, as it has to be where bonds come and go. The
+/// largest difference of the two solutions, relative to the largest displacement, beside it.
+void solve_springs_with_pivoting(benchmark::State& state) {
+  PlateauSprings lattice(static_cast<unsigned>(state.range(0)));
+  dealii::Vector<double> u;
+  for (auto _ : state) solve_with_pivoting(lattice.all, lattice.ends, lattice.forces, u);
+  lattice.system.solve(lattice.forces, lattice.u);
+  lattice.u -= u;
+  state.counters["difference"] = lattice.u.linfty_norm() / u.linfty_norm();
+}
+BENCHMARK(solve_springs_with_pivoting)->Arg(10)->Arg(100)->Unit(benchmark::kMicrosecond);
 
 void whole_step(benchmark::State& state) {
   BenchLattice& lattice = plateau(static_cast<unsigned>(state.range(0)));
