@@ -145,7 +145,7 @@ void regulation(benchmark::State& state, char const* activation, int indicator, 
     lattice.state_change();
     double const start = cpu_seconds();
     for (std::size_t i = 0; i < models.size(); ++i) {
-      models[i]->state_change(lattice.sarcomer->all_filaments()[i]->data, 0.0, counts);
+      models[i]->state_change(lattice.sarcomer->all_filaments()[i].data, 0.0, counts);
     }
     return cpu_seconds() - start;
   };
