@@ -192,7 +192,7 @@ double ModelBrekAtpaseFiber::rate_bound(unsigned from, double reach) const {
   }
   if (from == 7) return k_76;
   double const lever = D + std::abs(delta) + std::abs(x_cap);
-  return bound_by_ends(*this, from, reach, lever, detachment_multiplier, kBT);
+  return bound_by_ends(*this, from, reach, lever, kBT);
 }
 
 double ModelBrekAtpaseFiber::get_reverse_rate(double x, unsigned i, unsigned j, double f) const {

@@ -81,7 +81,7 @@ double DukeCycle::get_forward_rate(double x, unsigned from, unsigned) const {
 double DukeCycle::rate_bound(unsigned from, double reach) const {
   if (from == 0) return most_widened_binding(*xb_model, reach, c_3, eta, 1.0, kBT);
   double const lever = D + std::abs(delta) + std::abs(x_cap);
-  return bound_by_ends(*this, from, reach, lever, 1.0, kBT);
+  return bound_by_ends(*this, from, reach, lever, kBT);
 }
 
 double DukeCycle::stroke_rate(double x) const {

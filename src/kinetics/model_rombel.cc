@@ -58,7 +58,7 @@ double ModelRombel::get_forward_rate(double x, unsigned from, unsigned) const {
 
 double ModelRombel::rate_bound(unsigned from, double reach) const {
   // The forward rates have no peak either: straight lines on both sides of 0, an exponential.
-  if (from != 0) return bound_by_ends(*this, from, reach, D, 1.0, kBT);
+  if (from != 0) return bound_by_ends(*this, from, reach, D, kBT);
   // Binding and the reverse of detachment, with each factor at its largest.
   double const stiffness = std::max(0.0, xb_model->GetStiffnessCeiling(-reach, reach));
   double const binding = k_bind * std::sqrt(stiffness / (two_pi * kBT)) *

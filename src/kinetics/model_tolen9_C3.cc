@@ -142,7 +142,7 @@ double ModelTolen9_C3::highest_sum(unsigned from, std::size_t row) const {
     double const y0 = rate_tables[row][to * 9 + from];
     double const y1 = is_line ? rate_tables[row + 1][to * 9 + from] : y0;
     // A line is followed backwards from its row, by two steps at most, or towards the next row.
-    sum += std::max(y0, 2.0 * y0 - y1);
+    sum += std::max(y0, y0 + 2.0 * (y0 - y1));
   }
   return sum;
 }

@@ -128,7 +128,7 @@ double ModelVorn::rate_bound(unsigned from, double reach) const {
   }
   if (!attached[from]) return 0.0;  // leads to state 0 alone
   double const lever = D + std::abs(delta) + std::abs(x_cap);
-  return bound_by_ends(*this, from, reach, lever, detachment_multiplier, kBT);
+  return bound_by_ends(*this, from, reach, lever, kBT);
 }
 
 double ModelVorn::calcium_rate() const {

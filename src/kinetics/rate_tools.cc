@@ -67,12 +67,12 @@ double most_widened_binding(XB_Model const& law, double reach, double c, double 
   return is_bounded ? saturating_binding(c, eta, e) : unbounded;
 }
 
-double bound_by_ends(Model const& model, unsigned from, double reach, double lever,
-                     double multiplier, double kBT) {
+double bound_by_ends(Model const& model, unsigned from, double reach, double lever, double kBT) {
   constexpr double most_energy = 600.0;  // in kBT; below exp(-708) a double loses digits
   XB_Model const& law = *model.xb_model;
-  bool const has_no_peaks = !law.IsNonLinear() && law.GetStiffness(0.0) >= 0.0 && multiplier >= 1.0;
-  if (!has_no_peaks || !(law.GetEnergy(reach + lever) <= most_energy * kBT)) return unbounded;
+  bool const is_known = !law.IsNonLinear() && law.GetStiffness(0.0) >= 0.0 &&
+                        law.GetEnergy(reach + lever) <= most_energy * kBT;
+  if (!is_known) return unbounded;
   double sum = 0.0;
   for (unsigned to = 0; to < model.n_states(); ++to) {
     if (!model.transitions[from][to]) continue;

@@ -35,13 +35,12 @@ double most_widened_binding(XB_Model const& law, double reach, double c, double 
 /// Upper bound of the sum of all rates out of a bound state of a cycle of such laws, at strains of
 /// at most `reach` in size: the largest of each rate at -reach, 0 and reach.
 ///
-/// Holds on a spring of constant stiffness, where no rate has a peak in between: the exponents are
-/// parabolas around 0, or straight lines that bend once into a plateau. Infinity on another law,
-/// for a multiplier of binding below 1, whose reverse may have a peak, and where Boltzmann factors
-/// of extensions up to `reach` plus `lever`, the lengths that a state adds to the strain, come near
-/// the smallest number that a double holds.
-double bound_by_ends(Model const& model, unsigned from, double reach, double lever,
-                     double multiplier, double kBT);
+/// Holds on a spring of constant stiffness, where the exponents are parabolas around 0, or straight
+/// lines that bend once into a plateau; only the reverse of a narrowed binding may have a peak at
+/// positive strain, which its value at the opposite strain tops. Infinity on another law, and where
+/// Boltzmann factors of extensions up to `reach` plus `lever`, the lengths that states add to the
+/// strain, come near the smallest number that a double holds.
+double bound_by_ends(Model const& model, unsigned from, double reach, double lever, double kBT);
 
 /// Free energy of a state whose spring has the extension `extension` at strain x and counts as
 /// linear around x: level + K(x) extension^2/2.
