@@ -76,7 +76,10 @@ void BenchLattice::step() {
   output();
 }
 
-void BenchLattice::state_change() { sarcomer->state_change(timeForAll, dt); }
+void BenchLattice::state_change() {
+  stepper->begin_step(geometry->reach());
+  sarcomer->state_change(timeForAll, dt);
+}
 
 void BenchLattice::solve() {
   sarcomer->set_boundary_mode({Prescribed::Quantity::length, 0.0});
