@@ -133,8 +133,8 @@ void regulation(benchmark::State& state, char const* activation, int indicator, 
                 double dt) {
   BenchLattice lattice(10);
   write_regulation(value);
-  ActivationModelParameter const parameter = {
-      lattice.geometry.get(), lattice.model.get(), lattice.model.get(), dt, indicator, 100};
+  ActivationModelParameter const parameter = {lattice.geometry.get(), lattice.model.get(),
+                                              lattice.model.get(), indicator, 100};
   std::vector<std::unique_ptr<ActivationModel>> models;
   for (std::size_t i = 0; i < lattice.sarcomer->all_filaments().size(); ++i) {
     models.push_back(
@@ -142,7 +142,9 @@ void regulation(benchmark::State& state, char const* activation, int indicator, 
   }
   std::vector<int> counts;
   auto const step = [&] {
+    currentTimeStep = lattice.dt;
     lattice.state_change();
+    currentTimeStep = dt;
     double const start = cpu_seconds();
     for (std::size_t i = 0; i < models.size(); ++i) {
       models[i]->state_change(lattice.sarcomer->all_filaments()[i].data, 0.0, counts);

@@ -4,8 +4,7 @@ ActivationModel::ActivationModel(ActivationModelParameter const& parameter)
     : caActivationModelIndicator(parameter.caActivationModelIndicator),
       geometry(parameter.geometry),
       model_slow(parameter.model_slow),
-      model_fast(parameter.model_fast),
-      dt(parameter.dt) {}
+      model_fast(parameter.model_fast) {}
 
 int ActivationModel::state_change(FilamentData&, double, std::vector<int>&) { return 1; }
 

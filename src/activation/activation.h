@@ -20,7 +20,6 @@ struct ActivationModelParameter {
   Geometry const* geometry = nullptr;
   Model const* model_slow = nullptr;
   Model const* model_fast = nullptr;
-  double dt = 0.0;
   int caActivationModelIndicator = 0;  ///< below 1: by the rate kb; 1 or more: by calcium
   int healtyChainPercent = 100;        ///< percentage of filaments with the healthy parameters
 };
@@ -42,7 +41,6 @@ class ActivationModel {
   Geometry const* geometry;
   Model const* model_slow;
   Model const* model_fast;
-  double dt;  ///< step length; renewed before each step
   std::vector<int> state_counts;
 };
 

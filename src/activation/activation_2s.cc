@@ -5,6 +5,7 @@
 
 #include "activation/segment_layout.h"
 #include "base/parameter_file.h"
+#include "base/run_state.h"
 #include "base/uniform_variate.h"
 
 REGISTER_ACTIVATION(Activation2SModel, "Lumped2S");
@@ -65,9 +66,10 @@ bool Activation2SModel::state_change_segment(ActivationStateData& segment, Filam
                                              double lti) const {
   double const r = uniform_variate();
   unsigned state = segment.state.front();
-  bool const goes_on = state == 0 && k_12 * dt > r;
+  bool const goes_on = state == 0 && k_12 * currentTimeStep > r;
   if (goes_on) state = 1;
-  bool const goes_off = state == 1 && lti * k_12 * dt > r && !segment.heads_bound(data);
+  bool const goes_off =
+      state == 1 && lti * k_12 * currentTimeStep > r && !segment.heads_bound(data);
   if (goes_off) state = 0;
   if (!goes_on && !goes_off) return false;
   double const factor = state == 1 ? 1.0 : 0.0;

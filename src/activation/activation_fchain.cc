@@ -52,8 +52,7 @@ double read_mutated_xi(FChainModel const& fchain) {
 ActivationFChainModel::ActivationFChainModel(ActivationModelParameter const& parameter)
     : ActivationModel(parameter),
       power_stroke_model(parameter.model_slow),
-      ca_protocol("ca_protocol.dat"),
-      fchain(parameter.dt) {
+      ca_protocol("ca_protocol.dat") {
   state_counts.assign(n_statuses, 0);
   if (geometry->n_actin_chains() != n_chains) {
     refuse("numeric_mc.prm", "activation", "FChain",
@@ -240,8 +239,8 @@ void ActivationFChainModel::renew_sites(unsigned chain, FilamentData& data) {
 
 void ActivationFChainModel::step_status(ActivationStateData& segment, double closing_probability) {
   auto const old = static_cast<int>(segment.status);
-  int const next = kb_model ? kb_model->update_status(old, dt, closing_probability)
-                            : ca_model->update_status(old, dt, closing_probability);
+  int const next = kb_model ? kb_model->update_status(old, currentTimeStep, closing_probability)
+                            : ca_model->update_status(old, currentTimeStep, closing_probability);
   --state_counts[segment.status];
   segment.status = static_cast<unsigned>(next);
   ++state_counts[segment.status];

@@ -78,8 +78,8 @@ void ActivationGeeves6SModel::state_change_segment(ActivationStateData& segment,
                                                    FilamentData& data) {
   ++bound_histogram[n_bound];
   auto const draw = [&](auto const& model) {
-    int const next =
-        model.update_status(static_cast<int>(segment.status), static_cast<int>(n_bound), dt);
+    int const next = model.update_status(static_cast<int>(segment.status),
+                                         static_cast<int>(n_bound), currentTimeStep);
     --state_counts[segment.status];
     segment.status = static_cast<unsigned>(next);
     ++state_counts[segment.status];

@@ -3,7 +3,6 @@
 #include <cmath>
 
 #include "base/output_file.h"
-#include "base/run_state.h"
 #include "kinetics/fixed_dt_mc.h"
 
 namespace {
@@ -18,14 +17,13 @@ ActiveFilament::ActiveFilament(Geometry const& lattice, Model const& slow, Model
                                int caActivationModelIndicator, int healtyChainPercent, int sense,
                                XB_Model const* titin)
     : Filament(lattice, slow, fast, mc, sense, titin) {
-  ActivationModelParameter const parameter = {
-      &lattice, &slow, &fast, currentTimeStep, caActivationModelIndicator, healtyChainPercent};
+  ActivationModelParameter const parameter = {&lattice, &slow, &fast, caActivationModelIndicator,
+                                              healtyChainPercent};
   activation_model =
       create_component<ActivationModel>(activation, parameter, "numeric_mc.prm", "activation");
 }
 
 int ActiveFilament::state_change(double time, double step) {
-  activation_model->dt = step;
   activation_model->state_change(data, time, activation_states);
   if (std::abs(time - snapshot_time) < 1e-10) {
     OutputFile const file("TroponinAngles.csv", "at");

@@ -54,7 +54,7 @@ bool is_pinned(double sd) { return !(std::abs(sd) > pinned_sd); }
 
 }  // namespace
 
-FChainModel::FChainModel(double step) : dt(step) {
+FChainModel::FChainModel() {
   load_parameters(*this, parameter_file);
   WriteToTaveloOutput();
 }

@@ -36,7 +36,7 @@ struct FlexChainParameter_s {
 
 class FChainModel {
  public:
-  explicit FChainModel(double step);
+  FChainModel();
 
   static void declare_parameters(dealii::ParameterHandler& handler);
   void get_parameters(dealii::ParameterHandler& handler);
@@ -70,7 +70,6 @@ class FChainModel {
   double weak_head_factor(double mean, double sd, double mean_weak, double sd_weak) const;
 
   unsigned const n_states_ = 4;
-  double const dt;
   FlexChainParameter_s fc;
 
  public:

@@ -6,7 +6,7 @@
 ///
 ///     REGISTER_COMPONENT(ModelHuxley, Model, ModelParameter_s, "Huxley");
 ///
-/// or the short form of its family (here `REGISTER_MODEL`), and needs no other edit anywhere.
+/// or the short form of its family (here `REGISTER_MODEL`), and needs no other edit in the program.
 
 #include <cstdio>
 #include <map>
@@ -51,6 +51,16 @@ class Factory {
   std::map<std::string, Creator> creators;
 };
 
+/// The names of a family in alphabetical order.
+template <class Base, class Param>
+std::string known_types(std::string const& separator) {
+  std::string known;
+  for (auto const& type : Factory<Base, Param>::instance().types()) {
+    known += (known.empty() ? "" : separator) + type.first;
+  }
+  return known;
+}
+
 template <class Derived, class Base, class Param>
 class FactoryHelper {
  public:
@@ -61,12 +71,9 @@ class FactoryHelper {
 template <class Base, class Param>
 std::unique_ptr<Base> create_component(std::string const& name, Param const& param,
                                        std::string const& file, std::string const& key) {
-  auto const& factory = Factory<Base, Param>::instance();
-  std::unique_ptr<Base> component(factory.create_type(name, param));
+  std::unique_ptr<Base> component(Factory<Base, Param>::instance().create_type(name, param));
   if (component) return component;
-  std::string known;
-  for (auto const& type : factory.types()) known += (known.empty() ? "" : ", ") + type.first;
-  refuse(file, key, name, known);
+  refuse(file, key, name, known_types<Base, Param>(", "));
 }
 
 #define REGISTER_COMPONENT(Derived, Base, Param, name)                                            \

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 
+#include "activation/activation.h"
 #include "base/parameter_file.h"
 #include "base/run_state.h"
 
@@ -13,7 +14,8 @@ McModelParameters::McModelParameters(std::string const& file) : file_name(file) 
 void McModelParameters::declare_parameters(dealii::ParameterHandler& handler) {
   ParameterSection const section(handler, "monte_carlo");
   section.declare_text("geometry", "Simple");
-  section.declare_selection("activation", "None", "None|Fixed|Geeves6S|Lumped2S|FChain");
+  section.declare_selection("activation", "None",
+                            "None|" + known_types<ActivationModel, ActivationModelParameter>("|"));
   section.declare_integer("filaments", "10");
   section.declare_integer("full_sarcomer", "0");
   section.declare_integer("caActivationModelIndicator", "0");

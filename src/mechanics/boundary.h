@@ -13,7 +13,9 @@
 class FilamentArray;
 class SeriesElasticElement;
 
-/// Conditions on degrees of freedom, for one solve.
+/// Conditions on degrees of freedom, for one solve. Which ends are held, tied and driven follows
+/// from the mesh alone, so that what is kept of an unchanged filament stays true; what is
+/// prescribed may change from solve to solve.
 struct Ends {
   /// The displacement of `dof` is `factor` times that of `to`, which is tied to nothing.
   struct Tie {

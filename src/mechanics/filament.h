@@ -10,8 +10,8 @@
 /// toward larger and the actin node toward smaller coordinates. A head with `detach_pending` keeps
 /// its place in the mesh and carries nothing.
 ///
-/// Call order in a step: `state_change`; `prepare_nodes`, `set_offset`; then any number of
-/// `create_matrix`, `create_rhs` and `correct`; `InterpolateDisplacements`.
+/// Call order in a step: the stepper's `begin_step`; `state_change`; `prepare_nodes`, `set_offset`;
+/// then any number of `create_matrix`, `create_rhs` and `correct`; `InterpolateDisplacements`.
 
 #include <algorithm>
 #include <iosfwd>

@@ -45,8 +45,8 @@ void LatticeSystem::set_ends(Ends const& ends) {
   }
 }
 
-/// The shared unknowns: first the actin end that the series elastic element hangs on, then the
-/// others that ends are tied to, in their order.
+/// The shared unknowns: first the actin end that the series elastic element hangs on, then what is
+/// driven and what other ends are tied to, in their order.
 void LatticeSystem::set_motions(Ends const& ends) {
   motions.assign(see.outer_dof, Motion{});
   unsigned n_shared = 0;
@@ -55,10 +55,11 @@ void LatticeSystem::set_motions(Ends const& ends) {
     return motions[dof].unknown;
   };
   share(see.inner_dof());
+  if (ends.driven != see.outer_dof) share(ends.driven);
   for (Ends::Tie const& tie : ends.ties)
     motions[tie.dof] = Motion::shared(share(tie.to), tie.factor);
   for (unsigned const dof : ends.held) motions[dof] = Motion::held();
-  if (mesh_numbers.size() != filaments.size()) {
+  if (mesh_numbers.empty()) {
     mesh_numbers.assign(filaments.size(), 0);
     has_springs.assign(filaments.size(), false);
     system.set_size(filaments.size(), n_shared);
@@ -81,13 +82,11 @@ bool LatticeSystem::solve(Ends const& ends, Vector const& forces, Vector& u) {
   bool const is_length = ends.prescribed.is_length();
   bool const holds_outer_end = is_length && ends.driven == see.outer_dof;
   double const step = is_length ? ends.prescribed.value : 0.0;
-  unsigned const inner = motions[see.inner_dof()].unknown;
-  if (is_length && !holds_outer_end) {
-    system.prescribe(inner, step);
-  } else {
-    system.release(inner);
+  if (ends.driven != see.outer_dof) {
+    unsigned const driven = motions[ends.driven].unknown;
+    is_length ? system.prescribe(driven, step) : system.release(driven);
   }
-  system.set_series({inner, see.stiffness(), holds_outer_end, step});
+  system.set_series({motions[see.inner_dof()].unknown, see.stiffness(), holds_outer_end, step});
   u.reinit(forces.size(), true);
   if (system.solve(forces, u)) {
     if (system.is_definite() || system.residual(forces, u) <= most_residual) return true;

@@ -17,7 +17,8 @@ struct Measured {
   double stiffness(FilamentArray const& filaments, dealii::Vector<double> const& solution,
                    dealii::Vector<double> const& reaction) const;
 
-  double force = 0.0;                ///< negated mean force on the thick filaments' held ends
+  double force = 0.0;                ///< mean force on the thick filaments' held ends, negative
+                                     ///< when the muscle pulls; the column has the other sign
   double actin_displacement = 0.0;   ///< of the last actin node, mean over rows
   double myosin_displacement = 0.0;  ///< of the last myosin node, mean over rows
   double cb_per_filament = 0.0;

@@ -6,6 +6,7 @@
 #include <map>
 
 #include "activation/activation.h"
+#include "base/run_state.h"
 #include "lattice/geometry_vertebrae.h"
 #include "records/filament_data.h"
 #include "support/scripted_rand.h"
@@ -21,11 +22,11 @@ struct RegulatedFilament {
     write_settings("geom_vertebrae.prm", "actin: dx_actin=1 length_actin=" + std::to_string(nodes));
     geometry = std::make_unique<GeometryVertebrae>(GeometryParameter_s{});
     geometry->initialize_filament(data);
+    currentTimeStep = dt;
     ScriptedRand::script(first_variates);
     model = create_component<ActivationModel>(
-        name,
-        ActivationModelParameter{geometry.get(), heads, heads, dt, indicator, healthy_percent}, "",
-        "");
+        name, ActivationModelParameter{geometry.get(), heads, heads, indicator, healthy_percent},
+        "", "");
     EXPECT_EQ(ScriptedRand::unused(), 0u);
   }
 

@@ -164,7 +164,7 @@ TEST(ActivationFChain, WeakHeadsNextToTroponinPin) {
   std::vector<PinningSite_s> const all_pins = {{3, 0},  {5, 1},  {8, 1},  {12, 2},
                                                {20, 1}, {22, 1}, {24, 0}, {25, 1},
                                                {28, 2}, {29, 1}, {31, 0}, {33, 1}};
-  FChainModel const chain(0.5);
+  FChainModel const chain;
   AnalyticalChainModel<double> analytical(*chain.get_fc_parameter());
   std::valarray<double> mean(35), sd(35), all_mean(35), all_sd(35);
   analytical.compute_chain(pins, 35, mean, sd);
@@ -189,7 +189,7 @@ TEST(ActivationFChain, ReleaseFactorIsTheCurvatureThroughThePins) {
   bench.bind(2, 3, 0);  // at the very start of its chain, which has no curvature
   bench.step();
   bench.step();
-  FEMFlexChainModel chain(*FChainModel(0.5).get_fc_parameter());
+  FEMFlexChainModel chain(*FChainModel().get_fc_parameter());
   std::valarray<double> mean(35);
   chain.compute_chain({{3, 0}, {8, 2}, {17, 0}, {24, 0}, {31, 0}}, 35, mean);
   // The circle through (x, radius angle) of three points, by its circumradius a b c / (4 area).

@@ -185,7 +185,7 @@ TEST(ActivationGeeves6S, DumpShowsHeadsAndTroponinsAndPadsShortChains) {
 
 TEST(ActivationGeeves6S, LatticeWithoutChainsIsLeftAloneOrRefused) {
   BareGeometry const lattice;
-  ActivationModelParameter const parameter = {&lattice, nullptr, nullptr, 0.1, 1, 100};
+  ActivationModelParameter const parameter = {&lattice, nullptr, nullptr, 1, 100};
   RegulatedFilament filament = geeves(1);
   filament.model = create_component<ActivationModel>("Geeves6S", parameter, "", "");
   filament.n_draws = 0;

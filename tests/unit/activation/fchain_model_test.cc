@@ -17,7 +17,7 @@ double normal(double x, double mean, double sd) {
 
 FChainModel model_with(std::string const& km, std::string const& kps) {
   write_settings("mg_old.prm", "rates: km=" + km + " kps=" + kps);
-  return FChainModel(0.001);
+  return FChainModel();
 }
 
 double factor(FChainModel const& model, unsigned state, double mean, double sd, double mean_weak,

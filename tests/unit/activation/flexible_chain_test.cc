@@ -34,7 +34,7 @@ bool same(std::valarray<double> const& a, std::valarray<double> const& b) {
 }
 
 TEST(FlexibleChain, WhatIsKeptIsWhatAFreshChainFinds) {
-  FChainModel const model(0.001);
+  FChainModel const model;
   FlexibleChainSolver solver(model, n_sites);
   FlexibleChain_s chain(n_sites);
   std::mt19937 random(1);

@@ -57,7 +57,7 @@ TEST(ParameterFile, RefusesWhatItCannotTake) {
       {section + "  set filaments = 2.5\nend\n", "mc\\.prm.*2.*2\\.5.*filaments.*Integer"},
       {section + "  set filaments = -1\nend\n",
        "mc\\.prm, section monte_carlo: filaments is '-1'; accepted: a whole number of at least 0"},
-      {section + "  set activation = none\nend\n", "mc\\.prm.*none.*None.Fixed"},
+      {section + "  set activation = none\nend\n", "mc\\.prm.*none.*None.FChain"},
       {section + "  set dispSqLimit = tight\nend\n", "mc\\.prm.*2.*tight.*dispSqLimit.*Double"},
       {section + "  set dispSqLimit = nan\nend\n", "mc\\.prm.*nan"},
       {section + "  set dispSqLimit = 1e999\nend\n", "mc\\.prm.*1e999"},

@@ -170,7 +170,12 @@ void expect_candidates(Geometry const& lattice, FilamentData const& data, Shape 
     std::vector<BindingSite_s> found;
     lattice.get_binding_sites(data, head, found);
     Candidates candidates;
-    for (BindingSite_s const& c : found) candidates.emplace_back(c.fibre, c.site, c.weight);
+    double sum = 0.0;
+    for (BindingSite_s const& c : found) {
+      candidates.emplace_back(c.fibre, c.site, c.weight);
+      sum += c.weight;
+    }
+    EXPECT_GE(lattice.weight_bound(data, head), sum);
     ASSERT_EQ(candidates, shape.expected(lattice, data, head, xamax))
         << "head " << head.crown_code << " at node " << head.node;
     for (BindingSite_s const& c : found) fibres.insert(c.fibre);
@@ -198,8 +203,10 @@ TEST(Lattices, OfferEveryFreeSiteInReachInOrder) {
                      // So thick that crowns of class 0 would find sites on fibre 2.
                      {"Vertebrae", "actin: a_offset=200; axial: radius_actin=12"},
                      {"Vertebrae", "nebulin: nebulinDeficiency=2"}};
+  std::set<std::string> lattices;
   for (auto const& c : cases) {
     SCOPED_TRACE(c.lattice + ", " + c.settings);
+    lattices.insert(c.lattice);
     Shape const& shape = shapes.at(c.lattice);
     double const xamax = c.settings == short_filaments ? 16.0 : shape.xamax;
     auto const lattice =
@@ -224,11 +231,12 @@ TEST(Lattices, OfferEveryFreeSiteInReachInOrder) {
       expect_candidates(*lattice, data, shape, xamax, fibres);
     }
   }
+  EXPECT_EQ(lattices.size(), shapes.size());
 }
 
 TEST(Lattices, RefuseSizesWithoutSenseAndTakeTheSeriesElement) {
   struct {
-    std::string lattices;  // by their initials
+    std::string lattices;  // by their initials; a new one chooses its own rows
     std::string settings, message;
   } const cases[] = {
       {"SFTV", "myosin: myosin_offset=0", "section myosin: myosin_offset is '0'"},

@@ -36,7 +36,8 @@ struct System {
   dealii::Vector<double> rhs;
 };
 
-// How to drive a filament by hand: one bond from 30 to 25 nm, the actin end drawn to 2 nm.
+// How to drive a filament by hand: one bond from 30 to 25 nm, the outer end of the series elastic
+// element drawn to 2 nm. `System` above does without a lattice.
 TEST(Filament, DrivenByHand) {
   SmallLattice lattice;
   lattice.bind(0, 3, 1, 5);
