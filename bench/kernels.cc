@@ -81,10 +81,10 @@ void candidate_search(benchmark::State& state, std::string const& name) {
   for (MyosinHead_s const& head : data.heads) {
     bool const sees_one =
         name == "Simple" || name == "Tolen" || (name == "Vertebrae" && head.crown_class() == 0);
-    std::size_t const last = sees_one ? 1 : data.position.size() - 1;
+    std::size_t const last = sees_one ? 1 : data.x.size() - 1;
     for (std::size_t fibre = 1; fibre <= last; ++fibre) {
       auto const [first, end] =
-          axial_reach(data.position[fibre], data.position[0][head.node], reach);
+          axial_reach(data.position(fibre), data.position(0)[head.node], reach);
       visited += end - first;
     }
   }
@@ -211,7 +211,7 @@ struct PlateauSprings {
   void add(Filament const& filament) {
     auto& own_dofs = dofs.emplace_back();
     auto& own_springs = springs.emplace_back();
-    filament.for_each_dof([&](unsigned, double x) { own_dofs.push_back({x, {}}); });
+    filament.for_each_dof([&](double x) { own_dofs.push_back({x, {}}); });
     filament.create_matrix([&](unsigned i, unsigned j, double k) {
       own_springs.push_back({i, j, k});
       all.push_back({n_dofs + i, n_dofs + j, k});

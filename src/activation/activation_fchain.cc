@@ -232,6 +232,7 @@ void ActivationFChainModel::renew_sites(unsigned chain, FilamentData& data) {
       segment.copy_place_to_filament(j, data, fchain.get_state_map());
       if (ActinSite_s* const site = segment.find_site(j, data)) {
         site->k_off_factor = shape.curvature_factor[i];
+        data.most_factor = std::max(data.most_factor, site->k_off_factor);
       }
     }
   }

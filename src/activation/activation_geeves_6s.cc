@@ -78,11 +78,13 @@ void ActivationGeeves6SModel::state_change_segment(ActivationStateData& segment,
                                                    FilamentData& data) {
   ++bound_histogram[n_bound];
   auto const draw = [&](auto const& model) {
-    int const next = model.update_status(static_cast<int>(segment.status),
-                                         static_cast<int>(n_bound), currentTimeStep);
-    --state_counts[segment.status];
-    segment.status = static_cast<unsigned>(next);
-    ++state_counts[segment.status];
+    auto const old = static_cast<int>(segment.status);
+    int const next = model.update_status(old, static_cast<int>(n_bound), currentTimeStep);
+    if (next != old) {
+      --state_counts[segment.status];
+      segment.status = static_cast<unsigned>(next);
+      ++state_counts[segment.status];
+    }
     return model.GetLumpedSegmentState(next);
   };
   unsigned const lumped = ca_model ? draw(*ca_model) : draw(*kb_model);

@@ -46,7 +46,7 @@ void ActivationStateData::copy_place_to_filament(unsigned i, FilamentData& data,
   ActinSite_s* const target = find_site(i, data);
   if (!target) return;
   target->k_on_factor = k_on_factor[i];
-  data.most_k_on_factor = std::max(data.most_k_on_factor, k_on_factor[i]);
   target->k_stroke_factor = k_stroke_factor[i];
+  data.most_factor = std::max({data.most_factor, k_on_factor[i], k_stroke_factor[i]});
   target->state = state_map[state[i]];
 }

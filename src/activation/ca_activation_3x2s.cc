@@ -1,6 +1,7 @@
 #include "activation/ca_activation_3x2s.h"
 
 #include <algorithm>
+#include <numeric>
 
 #include "base/output_file.h"
 #include "base/parameter_file.h"
@@ -31,7 +32,10 @@ int CaActivation3x2SModel::update_status(int status, double dt, double closing_p
   SegmentMoves out = moves_out_of(status);
   // Out of the closed position blocking comes first, as the blocked states are the lowest.
   bool const can_block = GetLumpedSegmentState(status) == 2 && out.target[0] < 3;
-  if (can_block) out.rate[0] *= std::max(0.0, closing_probability);
+  if (can_block) {
+    out.rate[0] *= std::max(0.0, closing_probability);
+    out.total = std::accumulate(out.rate.begin(), out.rate.end(), 0.0);
+  }
   return static_cast<int>(draw_status(static_cast<unsigned>(status), out, dt));
 }
 

@@ -36,7 +36,6 @@ BoundSites::BoundSites(ChainSegments const& chains) {
         if (fibre >= segment_of.size()) segment_of.resize(fibre + 1);
         if (node >= segment_of[fibre].size()) segment_of[fibre].resize(node + 1, n_segments);
         segment_of[fibre][node] = number;
-        found.resize(std::max(found.size(), segment_of[fibre].size()));
       }
       ++number;
     }
@@ -45,19 +44,10 @@ BoundSites::BoundSites(ChainSegments const& chains) {
 
 void BoundSites::count(FilamentData const& data) {
   std::fill(n_bound.begin(), n_bound.end(), 0);
-  std::size_t const n_fibres = std::min(segment_of.size(), data.bound_count.size());
-  for (std::size_t fibre = 0; fibre < n_fibres; ++fibre) {
-    auto const& heads = data.bound_count[fibre];
-    auto const& segments = segment_of[fibre];
-    std::size_t const n = std::min(heads.size(), segments.size());
-    // No processor foresees where heads are bound. So each node is noted, without a branch, and the
-    // note is overwritten where there is none.
-    std::size_t n_found = 0;
-    for (std::size_t node = 0; node < n; ++node) {
-      found[n_found] = segments[node];
-      n_found += heads[node] != 0 ? 1 : 0;
-    }
-    for (std::size_t i = 0; i < n_found; ++i) ++n_bound[found[i]];
+  for (MyosinHead_s const* head : data.attached) {
+    if (head->actin_fibre >= segment_of.size()) continue;
+    auto const& segments = segment_of[head->actin_fibre];
+    if (head->actin_site < segments.size()) ++n_bound[segments[head->actin_site]];
   }
 }
 

@@ -23,7 +23,7 @@ class BoundSites {
   BoundSites() = default;
   explicit BoundSites(ChainSegments const& chains);
 
-  /// Counts anew, in one walk along the fibres.
+  /// Counts the bonds of the last step anew.
   void count(FilamentData const& data);
   /// Of a segment, numbered chain after chain.
   unsigned in_segment(std::size_t number) const { return n_bound[number]; }
@@ -31,7 +31,6 @@ class BoundSites {
  private:
   std::vector<std::vector<unsigned>> segment_of;  ///< by fibre and node; of no segment: the last
   std::vector<unsigned> n_bound;                  ///< by segment; the last one is none
-  std::vector<unsigned> found;
 };
 
 /// Reads the key `segment_length`; refuses what no chain can have.

@@ -24,6 +24,7 @@ using SegmentRates = std::array<std::array<double, N>, N>;
 struct SegmentMoves {
   std::array<double, 4> rate{};
   std::array<unsigned, 4> target{};
+  double total = 0.0;  ///< of the rates
 };
 
 template <std::size_t N>
@@ -34,6 +35,7 @@ SegmentMoves moves_of(std::array<double, N> const& rates) {
     if (!(rates[to] > 0.0)) continue;
     moves.rate[n] = rates[to];
     moves.target[n] = to;
+    moves.total += rates[to];
     ++n;
   }
   return moves;
@@ -42,6 +44,8 @@ SegmentMoves moves_of(std::array<double, N> const& rates) {
 /// Draws the state after a step of length `dt` in `status`; uses one number of the random stream.
 inline unsigned draw_status(unsigned status, SegmentMoves const& moves, double dt) {
   double const r = uniform_variate();
+  // Most draws lie far beyond the scale; the margin covers the rounding of its sum.
+  if (r > moves.total * dt * (1.0 + 1e-9)) return status;
   std::array<double, 4> ends;
   double sum = 0.0;
   for (unsigned i = 0; i < ends.size(); ++i) ends[i] = sum += moves.rate[i] * dt;

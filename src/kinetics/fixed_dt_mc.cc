@@ -42,7 +42,7 @@ void log_turnover(unsigned from, unsigned to) {
 
 /// Distance from the node of a bound head to its site [nm].
 double bound_strain(FilamentData const& data, MyosinHead_s const& head) {
-  return data.position[head.actin_fibre][head.actin_site] - data.position[head.fibre][head.node];
+  return data.position(head.actin_fibre)[head.actin_site] - data.position(head.fibre)[head.node];
 }
 
 }  // namespace
@@ -103,7 +103,7 @@ int FixedTimeStepMC::state_change(FilamentData& data, MyosinHead_s& head,
 int FixedTimeStepMC::state_change(FilamentData& data, MyosinHead_s& head, Geometry const& geometry,
                                   std::vector<BindingSite_s>& candidates) const {
   double const u = uniform_variate();
-  if (surely_stays(u, data, head, geometry)) return 0;
+  if (surely_stays(u, data, head)) return 0;
   candidates.clear();
   bool const is_bound = models.of(head).attached[head.state];
   if (!is_bound) geometry.get_binding_sites(data, head, candidates);
@@ -130,22 +130,22 @@ FixedTimeStepMC::ModelBounds FixedTimeStepMC::find_bounds(Model const* model) co
   return found;
 }
 
-bool FixedTimeStepMC::surely_stays(double u, FilamentData const& data, MyosinHead_s const& head,
-                                   Geometry const& geometry) const {
+bool FixedTimeStepMC::surely_stays(double u, FilamentData const& data,
+                                   MyosinHead_s const& head) const {
   ModelBounds const& of_model = bounds[static_cast<std::size_t>(head.kind())];
   if (head.state >= of_model.size()) return false;
   StateBounds const& state = of_model[head.state];
   // The sums that a draw is held against carry rounding of their own.
   constexpr double margin = 1.0 + 1e-9;
   if (head.actin_site == unbound) {
-    double const factor = data.most_k_on_factor * data.most_k_on_factor;  // of weight and rate
-    double const at_sites = state.at_site * factor * geometry.weight_bound(data, head);
+    if (head.crown_code >= data.weight_bounds.size()) return false;
+    double const factor = data.most_factor * data.most_factor;  // of weight and rate
+    double const at_sites = state.at_site * factor * data.weight_bounds[head.crown_code];
     return u > currentTimeStep * (state.free + at_sites) * margin;
   }
-  ActinSite_s const& site = data.sites[head.actin_fibre][head.actin_site];
-  double const factor = std::max({1.0, site.k_on_factor, site.k_stroke_factor, site.k_off_factor});
-  if (!(u > currentTimeStep * state.at_site * factor * margin)) return false;
-  return std::abs(bound_strain(data, head)) <= reach;
+  if (!(u > currentTimeStep * state.at_site * data.most_factor * margin)) return false;
+  // What holds for all bonds spares a look at the ends of each.
+  return data.longest_bond <= reach || std::abs(bound_strain(data, head)) <= reach;
 }
 
 void FixedTimeStepMC::move(double u, FilamentData& data, MyosinHead_s& head,
@@ -182,7 +182,7 @@ void FixedTimeStepMC::collect_of_detached(FilamentData const& data, MyosinHead_s
   Model const& model = models.of(head);
   unsigned const from = head.state;
   unsigned const n = std::min(n_states, model.n_states());
-  double const head_position = data.position[head.fibre][head.node];
+  double const head_position = data.position(head.fibre)[head.node];
   for (unsigned to = 0; to < n; ++to) {
     if (!model.transitions[from][to]) continue;
     if (!model.attached[to]) {
@@ -192,7 +192,7 @@ void FixedTimeStepMC::collect_of_detached(FilamentData const& data, MyosinHead_s
       continue;
     }
     for (BindingSite_s const& c : candidates) {
-      double const x = data.position[c.fibre][c.site] - head_position;
+      double const x = data.position(c.fibre)[c.site] - head_position;
       double const k = rate(head, x, to, data.sites[c.fibre][c.site]);
       if (k > 0.0 && c.weight > 0.0)
         outcomes.add(k * currentTimeStep * c.weight, {to, c.site, c.fibre});

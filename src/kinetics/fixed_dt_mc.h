@@ -82,8 +82,7 @@ class FixedTimeStepMC {
   using ModelBounds = std::vector<StateBounds>;
 
   ModelBounds find_bounds(Model const* model) const;
-  bool surely_stays(double u, FilamentData const& data, MyosinHead_s const& head,
-                    Geometry const& geometry) const;
+  bool surely_stays(double u, FilamentData const& data, MyosinHead_s const& head) const;
   void move(double u, FilamentData& data, MyosinHead_s& head,
             std::vector<BindingSite_s> const& candidates) const;
   double rate(MyosinHead_s const& head, double x, unsigned to, ActinSite_s const& site) const;

@@ -39,8 +39,9 @@ class Geometry {
   virtual void get_binding_sites(FilamentData const& data, MyosinHead_s const& head,
                                  std::vector<BindingSite_s>& candidates) const;
 
-  /// Upper bound of the sum of the weights that the head can be offered now, for sites whose
-  /// `k_on_factor` is at most 1; infinity where the lattice knows none.
+  /// Upper bound of the sum of the weights that a head of this crown code can be offered with the
+  /// present `most_sites_in_reach`, for sites whose `k_on_factor` is at most 1; infinity where the
+  /// lattice knows none.
   virtual double weight_bound(FilamentData const& data, MyosinHead_s const& head) const;
   /// Half width of a head's axial reach [nm].
   double reach() const { return xamax; }

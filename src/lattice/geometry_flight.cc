@@ -120,9 +120,9 @@ void GeometryFlight::get_binding_sites(FilamentData const& data, MyosinHead_s co
   candidates.reserve(20);
   unsigned const crown = head.crown_class();
   unsigned const number = head.number_in_crown();
-  double const centre = data.position[head.fibre][head.node];
+  double const centre = data.position(head.fibre)[head.node];
   for (unsigned fibre = 1; fibre <= thin_filaments; ++fibre) {
-    auto const [first, end] = axial_reach(data.position[fibre], centre, xamax);
+    auto const [first, end] = axial_reach(data.position(fibre), centre, xamax);
     weights.for_each_seen(number, crown, fibre, first, end, [&](unsigned site, double weight) {
       if (data.bound_count[fibre][site] != 0) return;
       double const k_on_factor = data.sites[fibre][site].k_on_factor;
@@ -142,7 +142,6 @@ void GeometryFlight::initialize_filament(FilamentData& data) const {
   for (unsigned i = 0; i + 1 < n_myosin_nodes; ++i) {
     add_crown(data, i + 1, i % crown_classes, {0, 1, 2, 3});
   }
-  data.position = data.x;
 }
 
 // Diagnostics

@@ -59,7 +59,6 @@ void GeometrySimple::initialize_filament(FilamentData& data) const {
   place_nodes(data.x[0], 1, myosin_offset, dx_myosin);
   place_nodes(data.x[1], 0, myosin_offset, dx_actin);
   for (unsigned node = 1; node < n_myosin_nodes; ++node) add_crown(data, node, 0, {0, 0, 0});
-  data.position = data.x;
 }
 
 double GeometrySimple::weight_bound(FilamentData const& data, MyosinHead_s const&) const {
@@ -69,8 +68,8 @@ double GeometrySimple::weight_bound(FilamentData const& data, MyosinHead_s const
 void GeometrySimple::get_binding_sites(FilamentData const& data, MyosinHead_s const& head,
                                        std::vector<BindingSite_s>& candidates) const {
   candidates.reserve(20);
-  double const centre = data.position[head.fibre][head.node];
-  auto const [first, end] = axial_reach(data.position[1], centre, xamax);
+  double const centre = data.position(head.fibre)[head.node];
+  auto const [first, end] = axial_reach(data.position(1), centre, xamax);
   for (unsigned site = first; site < end; ++site) {
     double const k_on_factor = data.sites[1][site].k_on_factor;
     if (data.bound_count[1][site] == 0 && k_on_factor > 0.0) {

@@ -129,12 +129,12 @@ void GeometryTolen::tabulate_distances() {
 void GeometryTolen::get_binding_sites(FilamentData const& data, MyosinHead_s const& head,
                                       std::vector<BindingSite_s>& candidates) const {
   unsigned const number = head.number_in_crown();
-  double const centre = data.position[head.fibre][head.node];
+  double const centre = data.position(head.fibre)[head.node];
   BindingSite_s best = {2.0 * M_PI, 0, 0};
   for (unsigned fibre = 1; fibre <= thin_filaments; ++fibre) {
     if (!faces(number, head.crown_class(), fibre)) continue;
     auto const& table = distances[fibre - 1][number];
-    auto const [first, end] = axial_reach(data.position[fibre], centre, xamax);
+    auto const [first, end] = axial_reach(data.position(fibre), centre, xamax);
     for (unsigned site = first; site < end; ++site) {
       // The first of equals stands.
       if (table[site] >= 0.0 && table[site] < best.weight) best = {table[site], site, fibre};
@@ -162,7 +162,6 @@ void GeometryTolen::initialize_filament(FilamentData& data) const {
   for (unsigned node = 1; node < n_myosin_nodes; ++node) {
     add_crown(data, node, node % crown_classes, {0, 1, 2, 0, 1, 2});
   }
-  data.position = data.x;
 }
 
 // Diagnostics

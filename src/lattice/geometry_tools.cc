@@ -43,19 +43,7 @@ bool find_angle(Point2 const& centre_a, Point2 const& centre_b, double angle_a, 
   return true;
 }
 
-unsigned first_not_below(std::valarray<double> const& ascending, double limit) {
-  std::size_t const n = ascending.size();
-  if (n == 0 || !(ascending[0] < limit)) return 0;
-  if (ascending[n - 1] < limit) return static_cast<unsigned>(n);
-  // Nodes are spaced evenly but for small strains: a guess by proportion misses by a node or two.
-  double const share = (limit - ascending[0]) / (ascending[n - 1] - ascending[0]);
-  auto i = static_cast<std::size_t>(share * static_cast<double>(n - 1));
-  while (ascending[i] < limit) ++i;
-  while (!(ascending[i - 1] < limit)) --i;
-  return static_cast<unsigned>(i);
-}
-
-std::pair<unsigned, unsigned> axial_reach(std::valarray<double> const& position, double centre,
+std::pair<unsigned, unsigned> axial_reach(NodePositions const& position, double centre,
                                           double xamax) {
   unsigned const first = first_not_below(position, centre - xamax);
   unsigned end = first;

@@ -4,7 +4,8 @@
 /// Angles in radians, lengths in nm.
 
 #include <utility>
-#include <valarray>
+
+#include "records/fibre_displacement.h"
 
 namespace dealii {
 template <int dim, typename Number>
@@ -47,8 +48,22 @@ bool find_angle(Point2 const& centre_a, Point2 const& centre_b, double angle_a, 
                 GeometryParameters_s const& radii, double& offset_b, double& offset_a);
 
 /// Index of the first element that is not below the limit; the size if there is none.
-unsigned first_not_below(std::valarray<double> const& ascending, double limit);
+template <class Ascending>
+unsigned first_not_below(Ascending const& ascending, double limit);
 
 /// Indices [first, end) of the sites whose position lies within `xamax` of `centre`, ends included.
-std::pair<unsigned, unsigned> axial_reach(std::valarray<double> const& position, double centre,
+std::pair<unsigned, unsigned> axial_reach(NodePositions const& position, double centre,
                                           double xamax);
+
+template <class Ascending>
+unsigned first_not_below(Ascending const& ascending, double limit) {
+  auto const n = static_cast<unsigned>(ascending.size());
+  if (n == 0 || !(ascending[0] < limit)) return 0;
+  if (ascending[n - 1] < limit) return n;
+  // Nodes are spaced evenly but for small strains: a guess by proportion misses by a node or two.
+  double const share = (limit - ascending[0]) / (ascending[n - 1] - ascending[0]);
+  auto i = static_cast<unsigned>(share * (n - 1));
+  while (ascending[i] < limit) ++i;
+  while (!(ascending[i - 1] < limit)) --i;
+  return i;
+}

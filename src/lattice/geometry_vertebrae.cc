@@ -206,9 +206,9 @@ void GeometryVertebrae::get_binding_sites(FilamentData const& data, MyosinHead_s
   candidates.reserve(20);
   unsigned const crown = head.crown_class();
   unsigned const number = head.number_in_crown();
-  double const centre = data.position[head.fibre][head.node];
+  double const centre = data.position(head.fibre)[head.node];
   for (unsigned fibre = 1; fibre <= last_seen_fibre(crown); ++fibre) {
-    auto [first, end] = axial_reach(data.position[fibre], centre, xamax);
+    auto [first, end] = axial_reach(data.position(fibre), centre, xamax);
     if (nebulinDeficiency != 0) {
       first = std::max(first, first_not_below(data.x[fibre], data.nebulin_limit[fibre - 1]));
     }
@@ -234,7 +234,6 @@ void GeometryVertebrae::initialize_filament(FilamentData& data) const {
     }
   }
   initialize_heads(data);
-  data.position = data.x;
 }
 
 double GeometryVertebrae::draw_actin_length() const {

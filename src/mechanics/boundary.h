@@ -24,10 +24,10 @@ struct Ends {
     double factor;  ///< -1 across a junction, into a half-sarcomere that looks the other way
   };
 
-  std::vector<unsigned> held;  ///< do not move
-  std::vector<Tie> ties;
-  unsigned driven;        ///< where the prescribed length or force comes on
-  Prescribed prescribed;  ///< the step that `driven` takes [nm], or the force on it [pN]
+  std::vector<unsigned> held;  ///< do not move; ascending
+  std::vector<Tie> ties;       ///< ascending in `dof`
+  unsigned driven;             ///< where the prescribed length or force comes on
+  Prescribed prescribed;       ///< the step that `driven` takes [nm], or the force on it [pN]
 };
 
 class Boundary {

@@ -26,7 +26,7 @@ void Distribution::create_crowns_distribution(std::ostream& stream, Iterator fir
   std::for_each(first, last, [&](Filament const* filament) {
     unsigned const n = filament->get_geometry()->n_actin_nodes;
     for (unsigned fibre = 1; fibre <= std::min(2u, filament->n_fibre() - 1); ++fibre) {
-      auto const& position = filament->data.position[fibre];
+      NodePositions const position = filament->data.position(fibre);
       for (unsigned node = 1; node < n; ++node) {
         stream << position[node] - position[node - 1] << '\n';
       }

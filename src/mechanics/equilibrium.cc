@@ -1,5 +1,7 @@
 #include "mechanics/equilibrium.h"
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 
 #include "base/diagnostics.h"
@@ -16,20 +18,21 @@ using Vector = dealii::Vector<double>;
 
 constexpr int most_passes = 100;
 
-/// Largest absolute entry of a vector and the index of its first occurrence.
-struct Peak {
-  double value = 0.0;
-  unsigned index = 0;
-};
+double rms(Vector const& v) { return std::sqrt(v.norm_sqr() / v.size()); }
 
-Peak find_peak(Vector const& v) {
-  Peak peak;
-  for (unsigned i = 0; i < v.size(); ++i) {
-    double const size = std::abs(v[i]);
-    // A value that isn't a number must not hide behind the comparison.
-    if (size > peak.value || std::isnan(size)) peak = {size, i};
-  }
-  return peak;
+/// Largest absolute entry that is a number.
+double peak(Vector const& v) {
+  // In four rows: each comparison waits for the one before it in its row.
+  std::array<double, 4> most = {};
+  for (unsigned i = 0; i < v.size(); ++i) most[i % 4] = std::max(most[i % 4], std::abs(v[i]));
+  return *std::max_element(most.begin(), most.end());
+}
+
+/// Index of its first occurrence, or of the first entry that is no number.
+unsigned index_of_peak(Vector const& v, double peak) {
+  auto const is_peak = [peak](double x) { return std::abs(x) == peak || std::isnan(x); };
+  auto const at = std::find_if(v.begin(), v.end(), is_peak);
+  return at == v.end() ? 0 : static_cast<unsigned>(at - v.begin());
 }
 
 }  // namespace
@@ -37,15 +40,12 @@ Peak find_peak(Vector const& v) {
 /// What a pass left: its correction, and the forces that are still out of balance.
 struct Equilibrium::Residual {
   Residual(Vector const& du, Vector const& rhs)
-      : rms_du(std::sqrt(du.norm_sqr() / du.size())),
-        rms_rhs(std::sqrt(rhs.norm_sqr() / rhs.size())),
-        max_du(find_peak(du)),
-        max_rhs(find_peak(rhs)) {}
+      : rms_du(rms(du)), rms_rhs(rms(rhs)), max_du(peak(du)), max_rhs(peak(rhs)) {}
 
-  double rms_du;
+  double rms_du;  ///< not a number if an entry is none
   double rms_rhs;
-  Peak max_du;
-  Peak max_rhs;
+  double max_du;
+  double max_rhs;
 };
 
 Equilibrium::Equilibrium(SarcomerParameter_s const& parameter, FilamentArray const& array,
@@ -53,22 +53,16 @@ Equilibrium::Equilibrium(SarcomerParameter_s const& parameter, FilamentArray con
     : limits(parameter), filaments(array), see(element), boundary(ends), system(array, element) {}
 
 void Equilibrium::find(Measured& measured) {
-  auto const move = [this] {
-    see.displacement += du[see.outer_dof];
-    for (auto const& filament : filaments) filament->correct(du);
-  };
   auto const measure = [&] {
     measured.CalculateResults(filaments, du, rhs);
     write_actin_force_listing(filaments, rhs);
   };
-  iterate(move, measure);
-  for (auto const& filament : filaments) filament->InterpolateDisplacements();
+  iterate(true, measure);
 }
 
 void Equilibrium::probe_stiffness(Measured const& measured,
                                   std::function<void(double)> const& report) {
   Vector unapplied;
-  auto const stay = [] {};
   auto const measure = [&] {
     if (unapplied.size() == 0) unapplied.reinit(rhs.size());
     unapplied += du;
@@ -78,7 +72,7 @@ void Equilibrium::probe_stiffness(Measured const& measured,
     }
     report(measured.stiffness(filaments, displacement, reaction(unapplied)));
   };
-  iterate(stay, measure);
+  iterate(false, measure);
 }
 
 /// The forces that a correction leaves in the linearised system.
@@ -92,8 +86,8 @@ Equilibrium::Vector Equilibrium::reaction(Vector const& correction) const {
   return forces;
 }
 
-template <class Move, class Report>
-void Equilibrium::iterate(Move move, Report report) {
+template <class Report>
+void Equilibrium::iterate(bool moves, Report report) {
   Ends ends = begin();
   for (int pass = 1;; ++pass) {
     if (!system.solve(ends, rhs, du)) {
@@ -101,8 +95,7 @@ void Equilibrium::iterate(Move move, Report report) {
     }
     // The prescribed step has been taken: from now on its end stays where it is.
     if (ends.prescribed.is_length()) ends.prescribed.value = 0.0;
-    move();
-    assemble_rhs(ends);
+    assemble_rhs(ends, moves ? &du : nullptr);
     log_pass(pass);
     report();
     system.condense(rhs);
@@ -127,18 +120,23 @@ Ends Equilibrium::begin() {
   }
   system.set_ends(ends);
   system.set_springs();
-  assemble_rhs(ends);
+  assemble_rhs(ends, nullptr);
   refuse_floating(ends);
   return ends;
 }
 
 // What is done to one filament is done at once: the data of many filaments don't fit the cache.
 
-void Equilibrium::assemble_rhs(Ends const& ends) {
+void Equilibrium::assemble_rhs(Ends const& ends, Vector const* correction) {
   rhs.reinit(see.outer_dof + 1);
   if (!ends.prescribed.is_length()) rhs[ends.driven] = ends.prescribed.value;
-  for (auto const& filament : filaments) filament->create_rhs(rhs);
+  if (correction) see.displacement += (*correction)[see.outer_dof];
+  for (auto const& filament : filaments) {
+    if (correction) filament->correct(*correction);
+    filament->create_rhs(rhs);
+  }
   see.see_create_rhs(rhs);
+  if (std::isfinite(rhs.l1_norm())) return;
   for (unsigned i = 0; i < rhs.size(); ++i) {
     if (std::isfinite(rhs[i])) continue;
     stop("the force on " + filaments.place_of(i) + at_step() + " is " + shown(rhs[i]) +
@@ -159,7 +157,7 @@ void Equilibrium::refuse_floating(Ends const& ends) const {
 
 bool Equilibrium::is_balanced(Residual const& r) const {
   return r.rms_du <= limits.dispSqLimit && r.rms_rhs <= limits.forceSqLimit &&
-         r.max_du.value <= limits.dispCBLimit && r.max_rhs.value <= limits.forceCBLimit;
+         r.max_du <= limits.dispCBLimit && r.max_rhs <= limits.forceCBLimit;
 }
 
 void Equilibrium::stop_without_convergence(Residual const& r) const {
@@ -169,10 +167,10 @@ void Equilibrium::stop_without_convergence(Residual const& r) const {
   };
   stop("no equilibrium after " + std::to_string(most_passes) + " passes" + at_step() +
        against(": correction in nm: rms ", r.rms_du, "dispSqLimit", limits.dispSqLimit) +
-       against(", largest ", r.max_du.value, "dispCBLimit", limits.dispCBLimit) +
+       against(", largest ", r.max_du, "dispCBLimit", limits.dispCBLimit) +
        against("; out-of-balance force in pN: rms ", r.rms_rhs, "forceSqLimit",
                limits.forceSqLimit) +
-       against(", largest ", r.max_rhs.value, "forceCBLimit", limits.forceCBLimit));
+       against(", largest ", r.max_rhs, "forceCBLimit", limits.forceCBLimit));
 }
 
 void Equilibrium::log_pass(int pass) const {
@@ -193,7 +191,7 @@ void Equilibrium::log_pass(int pass) const {
 void Equilibrium::log_residual(Residual const& r) const {
   if (!Logger::Takes(Log::convergence_data, true)) return;
   char text[2048];
-  std::snprintf(text, sizeof text, ",%lf,%u,%lf,%u,%lf\n", r.max_rhs.value, r.max_rhs.index,
-                r.max_du.value, r.max_du.index, filaments.get_last_actin_displacement());
+  std::snprintf(text, sizeof text, ",%lf,%u,%lf,%u,%lf\n", r.max_rhs, index_of_peak(rhs, r.max_rhs),
+                r.max_du, index_of_peak(du, r.max_du), filaments.get_last_actin_displacement());
   Logger::Add(text, Log::convergence_data, true);
 }

@@ -35,14 +35,15 @@ class Equilibrium {
   using Vector = dealii::Vector<double>;
   struct Residual;
 
-  /// The iteration. After each solve `move` takes the correction over; `report` sees it together
-  /// with the forces before conditions.
-  template <class Move, class Report>
-  void iterate(Move move, Report report);
+  /// The iteration. If the lattice `moves`, it takes each correction over; `report` sees it
+  /// together with the forces before conditions.
+  template <class Report>
+  void iterate(bool moves, Report report);
   Ends begin();
   Vector reaction(Vector const& correction) const;
-  /// Prescribed load and present forces; one that is not finite ends the run.
-  void assemble_rhs(Ends const& ends);
+  /// Prescribed load and present forces, after a correction if there is one; a force that is not
+  /// finite ends the run.
+  void assemble_rhs(Ends const& ends, Vector const* correction);
   void refuse_floating(Ends const& ends) const;
   void log_pass(int pass) const;
   void log_residual(Residual const& residual) const;

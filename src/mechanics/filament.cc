@@ -3,6 +3,7 @@
 #include <deal.II/lac/vector.h>
 
 #include <algorithm>
+#include <cmath>
 #include <fstream>
 #include <limits>
 
@@ -32,9 +33,10 @@ Filament::Filament(Geometry const& lattice, Model const& slow, Model const& fast
 }
 
 int Filament::state_change(double, double) {
+  data.longest_bond = longest_bond();
   data.attached.clear();
   data.attached.reserve(data.heads.size());
-  data.most_sites_in_reach = geometry->most_sites_in_reach(least_site_spacing());
+  renew_weight_bounds();
   for (MyosinHead_s& head : data.heads) {
     if (head.detach_pending == 1) {
       head.detach_pending = 0;
@@ -44,6 +46,7 @@ int Filament::state_change(double, double) {
     if (models.of(head).attached[head.state] || head.detach_pending == 1)
       data.attached.push_back(&head);
   }
+  is_meshed = false;
   return 0;
 }
 
@@ -57,10 +60,32 @@ double Filament::least_site_spacing() const {
   return least;
 }
 
+void Filament::renew_weight_bounds() {
+  unsigned const most = geometry->most_sites_in_reach(least_site_spacing());
+  if (most == data.most_sites_in_reach) return;
+  data.most_sites_in_reach = most;
+  for (MyosinHead_s const& head : data.heads) {
+    data.weight_bounds.resize(
+        std::max<std::size_t>(data.weight_bounds.size(), head.crown_code + 1));
+    data.weight_bounds[head.crown_code] = geometry->weight_bound(data, head);
+  }
+}
+
 // Mesh and numbering
 
 int Filament::prepare_nodes() {
-  if (!bonds_differ_from_mesh()) return 0;
+  if (bonds_differ_from_mesh()) make_mesh();
+  is_meshed = true;
+  myosin_bonds = proteinC_bonds = 0;
+  for (std::size_t i = 0; i < bonds.size(); ++i) {
+    MyosinHead_s const& head = *data.attached[i];
+    bonds[i].stroke = stroke(head);
+    if (head.detach_pending != 1) ++(head.is_myosin() ? myosin_bonds : proteinC_bonds);
+  }
+  return 0;
+}
+
+void Filament::make_mesh() {
   unsigned counter = 0;
   do_for_all(fa_prepare_nodes, counter, 0);
   fibre_offsets.clear();
@@ -69,23 +94,23 @@ int Filament::prepare_nodes() {
   do_for_all(fa_count_dofs, total_dofs, 0);
   bonds.clear();
   for (MyosinHead_s const* head : data.attached) {
-    auto const dof = [this](unsigned fibre, unsigned node) {
-      return fibre_offsets[fibre] + chains[fibre].get_local_dof(node);
-    };
-    bonds.push_back({head->node, head->actin_fibre, head->actin_site, head->carries_force(),
-                     dof(0, head->node), dof(head->actin_fibre, head->actin_site)});
+    unsigned const fibre = head->actin_fibre;
+    bonds.push_back({head->node, fibre, head->actin_site, head->carries_force(),
+                     chains[0].get_local_dof(head->node),
+                     fibre_offsets[fibre] + chains[fibre].get_local_dof(head->actin_site),
+                     data.x[0][head->node], data.x[fibre][head->actin_site], 0.0,
+                     &bond_law(*head)});
   }
   ++mesh_count;
-  return 0;
 }
 
 bool Filament::bonds_differ_from_mesh() const {
-  auto const is_meshed = [](MyosinHead_s const* head, Bond const& bond) {
+  auto const is_same = [](MyosinHead_s const* head, Bond const& bond) {
     return head->node == bond.node && head->actin_fibre == bond.fibre &&
            head->actin_site == bond.site && head->carries_force() == bond.carries_force;
   };
   return mesh_count == 0 || !std::equal(data.attached.begin(), data.attached.end(), bonds.begin(),
-                                        bonds.end(), is_meshed);
+                                        bonds.end(), is_same);
 }
 
 unsigned Filament::n_states() const { return models.slow->n_states(); }
@@ -108,8 +133,8 @@ double Filament::get_actin_position(unsigned fibre, unsigned node) const {
 
 void Filament::get_crossbridge_positions(unsigned index, double& myosin, double& actin) const {
   MyosinHead_s const& head = *data.attached[index];
-  myosin = data.x[0][head.node] + data.u[0][head.node];
-  actin = get_actin_position(head.actin_fibre, head.actin_site);
+  myosin = data.position(0)[head.node];
+  actin = data.position(head.actin_fibre)[head.actin_site];
 }
 
 double Filament::get_strain_euler(unsigned index) const {
@@ -121,10 +146,12 @@ double Filament::get_strain_euler(unsigned index) const {
 
 // Bonds
 
+double Filament::stroke(MyosinHead_s const& head) const {
+  return head.is_myosin() ? models.of(head).power_stroke(head.state) : 0.0;
+}
+
 double Filament::bond_strain(unsigned index) const {
-  MyosinHead_s const& head = *data.attached[index];
-  double const distance = get_strain_euler(index);
-  return head.is_myosin() ? distance + models.of(head).power_stroke(head.state) : distance;
+  return get_strain_euler(index) + stroke(*data.attached[index]);
 }
 
 XB_Model const& Filament::bond_law(MyosinHead_s const& head) const {
@@ -141,6 +168,23 @@ double Filament::bond_force(unsigned index) const {
   return head.carries_force() ? bond_law(head).GetForce(bond_strain(index)) : 0.0;
 }
 
+// In a pass of the iteration the records of heads and sites would not fit the cache.
+
+double Filament::length(Bond const& bond) const {
+  FilamentFEM const& actin = chains[bond.fibre];
+  double const at_site =
+      bond.actin_x + actin.get_u_of_dof(bond.actin_dof - fibre_offsets[bond.fibre]);
+  return at_site - (bond.myosin_x + chains[0].get_u_of_dof(bond.myosin_dof));
+}
+
+double Filament::stiffness(Bond const& bond) const {
+  return bond.carries_force ? bond.law->GetStiffness(length(bond) + bond.stroke) : 0.0;
+}
+
+double Filament::force(Bond const& bond) const {
+  return bond.carries_force ? bond.law->GetForce(length(bond) + bond.stroke) : 0.0;
+}
+
 // Titin
 
 bool Filament::has_titin() const { return geometry->titin_enabled == 1; }
@@ -151,8 +195,8 @@ double Filament::titin_strain() const {
 }
 
 bool Filament::has_constant_springs() const {
-  return std::none_of(data.attached.begin(), data.attached.end(),
-                      [this](MyosinHead_s const* head) { return bond_law(*head).IsNonLinear(); });
+  return std::none_of(bonds.begin(), bonds.end(),
+                      [](Bond const& bond) { return bond.law->IsNonLinear(); });
 }
 
 double Filament::titin_stiffness() const {
@@ -169,10 +213,10 @@ int Filament::create_rhs(dealii::Vector<double>& rhs) const {
     rhs[get_bnd_dof(1, 0)] += f;
     rhs[get_bnd_dof(1, 1)] -= f;
   }
-  for (unsigned i = 0; i < data.attached.size(); ++i) {
-    double const f = bond_force(i);
-    rhs[offset + bonds[i].myosin_dof] += f;
-    rhs[offset + bonds[i].actin_dof] -= f;
+  for (Bond const& bond : bonds) {
+    double const f = force(bond);
+    rhs[offset + bond.myosin_dof] += f;
+    rhs[offset + bond.actin_dof] -= f;
   }
   return 0;
 }
@@ -181,13 +225,18 @@ int Filament::create_rhs(dealii::Vector<double>& rhs) const {
 
 void Filament::correct(dealii::Vector<double> const& solution) {
   do_for_all(fa_interpolate, solution, offset);
+  InterpolateDisplacements();
 }
 
 void Filament::InterpolateDisplacements() {
   for (FilamentFEM& chain : chains) chain.straighten();
-  for (std::size_t fibre = 0; fibre < data.x.size(); ++fibre) {
-    data.position[fibre] = data.x[fibre] + data.u[fibre];
-  }
+}
+
+double Filament::longest_bond() const {
+  if (!is_meshed) return std::numeric_limits<double>::infinity();
+  double longest = 0.0;
+  for (Bond const& bond : bonds) longest = std::max(longest, std::abs(length(bond)));
+  return longest;
 }
 
 // Diagnostics
@@ -209,7 +258,7 @@ double Filament::get_strain(unsigned index) const {
 }
 
 void Filament::resetDisplacement() {
-  for (auto& u : data.u) u = 0.0;
+  for (FibreDisplacement& u : data.u) u.fill(0.0);
 }
 
 void Filament::write_displacement(std::ostream& stream) const {

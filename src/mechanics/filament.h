@@ -11,7 +11,8 @@
 /// its place in the mesh and carries nothing.
 ///
 /// Call order in a step: the stepper's `begin_step`; `state_change`; `prepare_nodes`, `set_offset`;
-/// then any number of `create_matrix`, `create_rhs` and `correct`; `InterpolateDisplacements`.
+/// then any number of `create_matrix`, `create_rhs` and `correct`. A step may end after the first
+/// two.
 
 #include <algorithm>
 #include <iosfwd>
@@ -41,7 +42,7 @@ class Filament {
   /// and step length are there for regulated filaments. Returns 0.
   virtual int state_change(double time, double step);
 
-  /// Renews mesh and local numbers if the bonds are others than those that they were made for.
+  /// Takes over the bonds: renews mesh and local numbers if they are others than before.
   int prepare_nodes();
   /// How many meshes there have been: the same number means the same mesh and the same bonds that
   /// carry force.
@@ -54,6 +55,9 @@ class Filament {
   unsigned n_states() const;
   /// Heads in `attached` whose release is not pending.
   unsigned n_attached() const;
+  /// How many of them there were when the mesh was made: myosin heads, and protein-C.
+  unsigned n_myosin_bonds() const { return myosin_bonds; }
+  unsigned n_proteinC_bonds() const { return proteinC_bonds; }
   /// Number of the first (`end` 0) or last (1) node's degree of freedom, once numbered.
   unsigned get_bnd_dof(unsigned end, unsigned fibre) const {
     return offset + fibre_offsets[fibre] + (end == 0 ? 0 : chains[fibre].n_dofs() - 1);
@@ -94,15 +98,13 @@ class Filament {
   int create_matrix(Sink&& spring) const;
   /// Whether the springs of a mesh don't change with their extension.
   bool has_constant_springs() const;
-  /// Calls `action(local number, rest coordinate)` fibre by fibre along each.
+  /// Calls `action(rest coordinate)` fibre by fibre along each.
   template <class Action>
   void for_each_dof(Action action) const;
   int create_rhs(dealii::Vector<double>& rhs) const;
 
-  /// Adds a correction to the displacements at the degrees of freedom; all that forces depend on.
+  /// Adds a correction to the displacements at the degrees of freedom.
   void correct(dealii::Vector<double> const& solution);
-  /// Makes the fibres straight between degrees of freedom and renews `position`.
-  void InterpolateDisplacements();
 
   // Diagnostics that no step of a run calls.
 
@@ -138,10 +140,26 @@ class Filament {
     bool carries_force;
     unsigned myosin_dof;
     unsigned actin_dof;
+    double myosin_x;  ///< rest coordinates
+    double actin_x;
+    double stroke;  ///< of the head's present state
+    XB_Model const* law;
   };
 
   double least_site_spacing() const;
+  void renew_weight_bounds();
   bool bonds_differ_from_mesh() const;
+  void make_mesh();
+  /// Makes the fibres straight between degrees of freedom: renews all positions.
+  void InterpolateDisplacements();
+  /// The longest bond's length along the axis [nm]; infinity if some are not meshed.
+  double longest_bond() const;
+  /// Lever displacement of a bound head; protein-C has none.
+  double stroke(MyosinHead_s const& head) const;
+  /// The same as for heads, from what the mesh knows of a bond.
+  double length(Bond const& bond) const;
+  double stiffness(Bond const& bond) const;
+  double force(Bond const& bond) const;
   unsigned local_end(unsigned fibre) const {
     return fibre_offsets[fibre] + chains[fibre].n_dofs() - 1;
   }
@@ -157,8 +175,11 @@ class Filament {
   unsigned mesh_count = 0;
   unsigned offset = 0;
   unsigned total_dofs = 0;
-  std::vector<unsigned> fibre_offsets;    ///< local
-  std::vector<Bond> bonds;                ///< in the order of `attached`
+  std::vector<unsigned> fibre_offsets;  ///< local
+  std::vector<Bond> bonds;              ///< in the order of `attached`
+  unsigned myosin_bonds = 0;            ///< without those whose release is pending
+  unsigned proteinC_bonds = 0;
+  bool is_meshed = false;                 ///< no head has moved since `prepare_nodes`
   std::vector<BindingSite_s> candidates;  ///< work space of `state_change`
 };
 
@@ -188,8 +209,8 @@ int Filament::do_for_all(Function function, T& argument, unsigned start) const {
 
 template <class T>
 int Filament::do_for_all_xb(int (*function)(unsigned, unsigned, T&, double), T& argument) const {
-  for (unsigned i = 0; i < data.attached.size(); ++i) {
-    function(bonds[i].myosin_dof, bonds[i].actin_dof, argument, bond_stiffness(i));
+  for (Bond const& bond : bonds) {
+    function(bond.myosin_dof, bond.actin_dof, argument, stiffness(bond));
   }
   return 0;
 }
@@ -204,8 +225,5 @@ int Filament::create_matrix(Sink&& spring) const {
 
 template <class Action>
 void Filament::for_each_dof(Action action) const {
-  for (unsigned fibre = 0; fibre < n_fibre(); ++fibre) {
-    unsigned number = fibre_offsets[fibre];
-    chains[fibre].for_each_node([&](double x) { action(number++, x); });
-  }
+  for (FilamentFEM const& chain : chains) chain.for_each_node(action);
 }

@@ -17,13 +17,19 @@ double find_least_spacing(std::valarray<double> const& x) {
   return least;
 }
 
+/// Heads stand in the order of their nodes, and bind sites nearly so: few elements move.
+void insert_ascending(std::vector<unsigned>& nodes, unsigned node) {
+  auto const at =
+      std::find_if(nodes.rbegin(), nodes.rend(), [node](unsigned n) { return n <= node; }).base();
+  if (at == nodes.begin() || *(at - 1) != node) nodes.insert(at, node);
+}
+
 }  // namespace
 
 FilamentFEM::FilamentFEM(std::vector<MyosinHead_s*> const& attached_heads,
-                         std::valarray<double> const& rest, std::valarray<double>& displacement,
+                         std::valarray<double> const& rest, FibreDisplacement& displacement,
                          double modulus, double area)
-    : local_numbers(rest.size(), 0),
-      e(modulus),
+    : e(modulus),
       a(area),
       least_rest_spacing(find_least_spacing(rest)),
       x(rest),
@@ -31,27 +37,21 @@ FilamentFEM::FilamentFEM(std::vector<MyosinHead_s*> const& attached_heads,
       attached(attached_heads) {}
 
 void FilamentFEM::prepare_nodes(unsigned fibre) {
-  nodes.assign({0, get_raw_nodes() - 1});
+  nodes.assign(1, 0);
   for (MyosinHead_s const* head : attached) {
     if (fibre == 0) {
-      nodes.push_back(head->node);
+      insert_ascending(nodes, head->node);
     } else if (head->actin_fibre == fibre) {
-      nodes.push_back(head->actin_site);
+      insert_ascending(nodes, head->actin_site);
     }
   }
-  std::sort(nodes.begin(), nodes.end());
-  nodes.erase(std::unique(nodes.begin(), nodes.end()), nodes.end());
-  dofs.clear();
-  for (unsigned const node : nodes) {
-    local_numbers[node] = n_dofs();
-    dofs.push_back({node, x[node]});
-  }
+  insert_ascending(nodes, get_raw_nodes() - 1);
+  u.set_knots(nodes, x);
 }
 
 unsigned FilamentFEM::get_local_dof(unsigned node) const {
-  unsigned const number = local_numbers[node];
-  bool const has_dof = number < n_dofs() && dofs[number].node == node;
-  return has_dof ? number : 0;
+  unsigned const number = u.knot_before(node);
+  return u.get_knots()[number].node == node ? number : 0;
 }
 
 void FilamentFEM::report_negative_length() const {
@@ -61,8 +61,8 @@ void FilamentFEM::report_negative_length() const {
 
 void FilamentFEM::create_rhs(dealii::Vector<double>& rhs, unsigned offset) const {
   double const EA = e * a;
-  for_each_element(offset, [&](unsigned n1, unsigned n2, unsigned i, unsigned j, double L) {
-    double const f = EA * (u[n2] - u[n1]) / L;
+  for_each_element(offset, [&](unsigned i, unsigned j, double L, double extension) {
+    double const f = EA * extension / L;
     rhs[i] += f;
     rhs[j] -= f;
   });
@@ -70,19 +70,10 @@ void FilamentFEM::create_rhs(dealii::Vector<double>& rhs, unsigned offset) const
 
 void FilamentFEM::interpolate_displacement(dealii::Vector<double> const& solution,
                                            unsigned offset) {
-  for (unsigned i = 0; i < dofs.size(); ++i) u[dofs[i].node] += solution[offset + i];
+  for (unsigned i = 0; i < n_dofs(); ++i) u.move_knot(i, solution[offset + i]);
 }
 
-void FilamentFEM::straighten() {
-  least_slope = std::numeric_limits<double>::infinity();
-  for (unsigned i = 1; i < dofs.size(); ++i) {
-    unsigned const from = dofs[i - 1].node;
-    unsigned const span = dofs[i].node - from;
-    double const slope = (u[from + span] - u[from]) / span;
-    least_slope = std::min(least_slope, slope);
-    for (unsigned m = 1; m < span; ++m) u[from + m] = u[from] + m * slope;
-  }
-}
+void FilamentFEM::straighten() { least_slope = u.straighten(); }
 
 int fa_count_dofs(FilamentFEM const& chain, unsigned& sum, unsigned) {
   sum += chain.n_dofs();

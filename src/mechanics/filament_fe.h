@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "mechanics/dealii_forward.h"
+#include "records/fibre_displacement.h"
 
 struct MyosinHead_s;
 
@@ -26,21 +27,23 @@ class FilamentFEM {
   /// Keeps references to all three containers; `e` Young's modulus [pN/nm^2], `a` cross-section
   /// [nm^2].
   FilamentFEM(std::vector<MyosinHead_s*> const& attached, std::valarray<double> const& x,
-              std::valarray<double>& u, double e, double a);
+              FibreDisplacement& u, double e, double a);
 
   /// Rebuilds the mesh; `fibre` is the chain's place in its filament.
   void prepare_nodes(unsigned fibre);
-  unsigned n_dofs() const { return static_cast<unsigned>(dofs.size()); }
+  unsigned n_dofs() const { return static_cast<unsigned>(u.get_knots().size()); }
   /// Local number of a node; 0 for a node without a degree of freedom.
   unsigned get_local_dof(unsigned node) const;
   unsigned get_raw_nodes() const { return static_cast<unsigned>(x.size()); }
   /// Calls `action(rest coordinate)` for each node with a degree of freedom, in their order.
   template <class Action>
   void for_each_node(Action action) const {
-    for (Dof const& dof : dofs) action(dof.x);
+    for (auto const& knot : u.get_knots()) action(knot.x);
   }
   double get_x(unsigned node) const { return x[node]; }
   double get_u(unsigned node) const { return u[node]; }
+  /// The same by local number.
+  double get_u_of_dof(unsigned number) const { return u.get_knots()[number].u; }
 
   /// Calls `spring(i, j, k)` for every element, with its two degrees of freedom and its stiffness.
   template <class Sink>
@@ -51,30 +54,22 @@ class FilamentFEM {
   void interpolate_displacement(dealii::Vector<double> const& solution, unsigned offset);
   /// No two neighbouring nodes stand closer than this at present.
   double least_spacing() const { return least_rest_spacing + least_slope; }
-  /// Makes `u` linear in the node number between nodes with a degree of freedom.
+  /// Lets the nodes without a degree of freedom follow the others.
   void straighten();
 
  private:
-  /// A node with a degree of freedom; its local number is its place among them.
-  struct Dof {
-    unsigned node;
-    double x;  ///< rest coordinate, here because `x` of all nodes is too long to cache
-  };
-
-  /// Calls `action(node, node, dof, dof, rest length)`.
+  /// Calls `action(dof, dof, rest length, extension)`, with numbers from `offset` on.
   template <class Action>
   void for_each_element(unsigned offset, Action action) const;
   void report_negative_length() const;
 
-  std::vector<Dof> dofs;                ///< in ascending order
-  std::vector<unsigned> local_numbers;  ///< by node, of the last mesh that the node had a part in
-  std::vector<unsigned> nodes;          ///< work space of `prepare_nodes`
+  std::vector<unsigned> nodes;  ///< work space of `prepare_nodes`
   double const e;
   double const a;
   double least_rest_spacing;
   double least_slope = 0.0;  ///< of `u` over the node number
   std::valarray<double> const& x;
-  std::valarray<double>& u;
+  FibreDisplacement& u;  ///< its knots are the nodes with a degree of freedom, in their order
   std::vector<MyosinHead_s*> const& attached;
 };
 
@@ -93,17 +88,18 @@ int fa_write_displacement(FilamentFEM const& chain, std::ostream& stream, unsign
 
 template <class Action>
 void FilamentFEM::for_each_element(unsigned offset, Action action) const {
-  for (unsigned i = 1; i < dofs.size(); ++i) {
-    Dof const& first = dofs[i - 1];
-    Dof const& second = dofs[i];
-    action(first.node, second.node, offset + i - 1, offset + i, second.x - first.x);
+  auto const& knots = u.get_knots();
+  for (unsigned i = 1; i < knots.size(); ++i) {
+    auto const& first = knots[i - 1];
+    auto const& second = knots[i];
+    action(offset + i - 1, offset + i, second.x - first.x, second.u - first.u);
   }
 }
 
 template <class Sink>
 void FilamentFEM::create_matrix(Sink&& spring, unsigned offset) const {
   double const EA = e * a;
-  for_each_element(offset, [&](unsigned, unsigned, unsigned i, unsigned j, double L) {
+  for_each_element(offset, [&](unsigned i, unsigned j, double L, double) {
     if (L < 0.0) report_negative_length();
     spring(i, j, EA / L);
   });

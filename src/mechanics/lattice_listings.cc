@@ -73,8 +73,9 @@ void PrintMonomerStatistics(FilamentArray const& filaments) {
   stream.precision(15);
   for (auto const& filament : filaments) {
     for (unsigned fibre = 1; fibre < filament->n_fibre(); ++fibre) {
-      auto const& nodes = is_first ? filament->data.x[fibre] : filament->data.position[fibre];
-      for (double const coordinate : nodes) stream << coordinate << ' ';
+      std::valarray<double> const& rest = filament->data.x[fibre];
+      NodePositions const now = filament->data.position(fibre);
+      for (unsigned i = 0; i < now.size(); ++i) stream << (is_first ? rest[i] : now[i]) << ' ';
       stream << '\n';
     }
   }

@@ -1,5 +1,6 @@
 #include "mechanics/lattice_system.h"
 
+#include <algorithm>
 #include <numeric>
 
 #include "mechanics/filament_array.h"
@@ -31,39 +32,53 @@ LatticeSystem::LatticeSystem(FilamentArray const& array, SeriesElasticElement co
     : filaments(array), see(element) {}
 
 void LatticeSystem::set_ends(Ends const& ends) {
-  set_motions(ends);
+  number_shared(ends);
+  if (mesh_numbers.empty()) {
+    mesh_numbers.assign(filaments.size(), 0);
+    has_springs.assign(filaments.size(), false);
+    system.set_size(filaments.size(), static_cast<unsigned>(masters.size()));
+  }
+  auto held = ends.held.begin();
+  auto tie = ends.ties.begin();
   for (std::size_t f = 0; f < filaments.size(); ++f) {
     Filament const& filament = filaments[f];
+    unsigned const offset = filament.get_offset();
+    unsigned const end = offset + filament.n_dofs();
+    auto const first_held = held;
+    auto const first_tie = tie;
+    while (held != ends.held.end() && *held < end) ++held;
+    while (tie != ends.ties.end() && tie->dof < end) ++tie;
     if (mesh_numbers[f] == filament.mesh_number()) continue;
     mesh_numbers[f] = filament.mesh_number();
     has_springs[f] = false;
     dofs.clear();
-    filament.for_each_dof([&](unsigned number, double x) {
-      dofs.push_back({x, motions[filament.get_offset() + number]});
+    filament.for_each_dof([this](double x) { dofs.push_back({x, {}}); });
+    for (unsigned m = 0; m < masters.size(); ++m) {
+      if (offset <= masters[m] && masters[m] < end)
+        dofs[masters[m] - offset].motion = Motion::shared(m);
+    }
+    std::for_each(first_tie, tie, [&](Ends::Tie const& one) {
+      dofs[one.dof - offset].motion = Motion::shared(unknown_of(one.to), one.factor);
     });
+    std::for_each(first_held, held,
+                  [&](unsigned dof) { dofs[dof - offset].motion = Motion::held(); });
     system.block(f).set_dofs(dofs);
   }
 }
 
-/// The shared unknowns: first the actin end that the series elastic element hangs on, then what is
-/// driven and what other ends are tied to, in their order.
-void LatticeSystem::set_motions(Ends const& ends) {
-  motions.assign(see.outer_dof, Motion{});
-  unsigned n_shared = 0;
-  auto const share = [&](unsigned dof) {
-    if (motions[dof].kind != Motion::Kind::shared) motions[dof] = Motion::shared(n_shared++);
-    return motions[dof].unknown;
+/// First the actin end that the series elastic element hangs on, then what is driven and what other
+/// ends are tied to, in their order.
+void LatticeSystem::number_shared(Ends const& ends) {
+  masters.assign(1, see.inner_dof());
+  auto const share = [this](unsigned dof) {
+    if (std::find(masters.begin(), masters.end(), dof) == masters.end()) masters.push_back(dof);
   };
-  share(see.inner_dof());
   if (ends.driven != see.outer_dof) share(ends.driven);
-  for (Ends::Tie const& tie : ends.ties)
-    motions[tie.dof] = Motion::shared(share(tie.to), tie.factor);
-  for (unsigned const dof : ends.held) motions[dof] = Motion::held();
-  if (mesh_numbers.empty()) {
-    mesh_numbers.assign(filaments.size(), 0);
-    has_springs.assign(filaments.size(), false);
-    system.set_size(filaments.size(), n_shared);
-  }
+  for (Ends::Tie const& tie : ends.ties) share(tie.to);
+}
+
+unsigned LatticeSystem::unknown_of(unsigned master) const {
+  return static_cast<unsigned>(std::find(masters.begin(), masters.end(), master) - masters.begin());
 }
 
 void LatticeSystem::set_springs() {
@@ -83,10 +98,10 @@ bool LatticeSystem::solve(Ends const& ends, Vector const& forces, Vector& u) {
   bool const holds_outer_end = is_length && ends.driven == see.outer_dof;
   double const step = is_length ? ends.prescribed.value : 0.0;
   if (ends.driven != see.outer_dof) {
-    unsigned const driven = motions[ends.driven].unknown;
+    unsigned const driven = unknown_of(ends.driven);
     is_length ? system.prescribe(driven, step) : system.release(driven);
   }
-  system.set_series({motions[see.inner_dof()].unknown, see.stiffness(), holds_outer_end, step});
+  system.set_series({unknown_of(see.inner_dof()), see.stiffness(), holds_outer_end, step});
   u.reinit(forces.size(), true);
   if (system.solve(forces, u)) {
     if (system.is_definite() || system.residual(forces, u) <= most_residual) return true;

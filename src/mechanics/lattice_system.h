@@ -40,14 +40,15 @@ class LatticeSystem {
   std::vector<Spring> all_springs() const;
 
  private:
-  void set_motions(Ends const& ends);
+  void number_shared(Ends const& ends);
+  unsigned unknown_of(unsigned master) const;
 
   FilamentArray const& filaments;
   SeriesElasticElement const& see;
   SpringSystem system;
   std::vector<unsigned> mesh_numbers;  ///< those that the blocks were made for
   std::vector<bool> has_springs;       ///< whose stiffness will not change with this mesh
-  std::vector<Motion> motions;         ///< by degree of freedom
+  std::vector<unsigned> masters;       ///< degrees of freedom that others follow, by unknown
   std::vector<SpringDof> dofs;
   std::vector<Spring> springs;
 };

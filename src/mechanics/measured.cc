@@ -27,14 +27,9 @@ void Measured::count_bonds(FilamentArray const& filaments) {
   unsigned crossbridges = 0;
   unsigned proteinC_bonds = 0;
   for (auto const& filament : filaments) {
-    if (filament->proteinC_enabled == 0) {
-      crossbridges += filament->n_attached();
-      continue;
-    }
-    for (MyosinHead_s const* head : filament->data.attached) {
-      if (head->detach_pending == 1) continue;
-      ++(head->is_myosin() ? crossbridges : proteinC_bonds);
-    }
+    bool const counts_apart = filament->proteinC_enabled != 0;
+    crossbridges += filament->n_myosin_bonds();
+    (counts_apart ? proteinC_bonds : crossbridges) += filament->n_proteinC_bonds();
   }
   auto const N = static_cast<double>(filaments.size());
   cb_per_filament = crossbridges / N;

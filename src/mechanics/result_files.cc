@@ -50,16 +50,22 @@ void ResultFiles::write_segment_states(double time, std::vector<int> const& coun
 
 void ResultFiles::write_cb_states(FilamentArray const& filaments, std::ofstream& stream,
                                   int n_states) {
-  std::vector<int> attached_counts(static_cast<std::size_t>(n_states), 0);
-  std::vector<int> all_counts(static_cast<std::size_t>(n_states), 0);
+  auto const n = static_cast<std::size_t>(n_states);
+  std::vector<int> attached_counts(n, 0);
+  // In four rows, which are summed: most heads are in one state, and each increment of its count
+  // waits for the one before it.
+  std::vector<int> all_counts(4 * n, 0);
   for (auto const& filament : filaments) {
     for (MyosinHead_s const* head : filament->data.attached) {
       if (head->is_myosin()) ++attached_counts[head->state];
     }
+    std::size_t row = 0;
     for (MyosinHead_s const& head : filament->data.heads) {
-      if (head.is_myosin()) ++all_counts[head.state];
+      if (head.is_myosin()) ++all_counts[row++ % 4 * n + head.state];
     }
   }
+  for (std::size_t i = n; i < 4 * n; ++i) all_counts[i % n] += all_counts[i];
+  all_counts.resize(n);
   for (int const count : attached_counts) stream << count << ',';
   end_row(stream, "cb_states_file.csv");
 

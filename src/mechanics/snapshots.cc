@@ -36,7 +36,7 @@ void write_snapshots(FilamentArray const& filaments, double time) {
       std::fprintf(xray.get(), "%d,%d,%d,%d,%lf,%lf,%lf\n", static_cast<int>(f),
                    static_cast<int>(h.actin_fibre), static_cast<int>(h.actin_site & 1u),
                    static_cast<int>(h.actin_site), data.x[h.actin_fibre][h.actin_site],
-                   data.position[h.actin_fibre][h.actin_site], F);
+                   data.position(h.actin_fibre)[h.actin_site], F);
     }
   }
   distributions.flush();

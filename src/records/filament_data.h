@@ -7,8 +7,11 @@
 /// binding site. Node numbers run in the order of growing rest coordinate. Lengths in nm.
 
 #include <algorithm>
+#include <limits>
 #include <valarray>
 #include <vector>
+
+#include "records/fibre_displacement.h"
 
 /// Value of `actin_site` and `actin_fibre` of a head that is bound to no site.
 constexpr unsigned unbound = 99999999;
@@ -68,8 +71,9 @@ struct FilamentData {
   std::vector<std::valarray<unsigned>> bound_count;  ///< heads attached at a node, at either end
   std::vector<std::valarray<ActinSite_s>> sites;     ///< the entry of fibre 0 is not used
   std::vector<std::valarray<double>> x;              ///< rest coordinate, ascending
-  std::vector<std::valarray<double>> position;       ///< current coordinate, x + u
-  std::vector<std::valarray<double>> u;              ///< accumulated displacement
+  std::vector<FibreDisplacement> u;                  ///< accumulated displacement
+  /// Current coordinates of a fibre's nodes, x + u.
+  NodePositions position(unsigned fibre) const { return {x[fibre], u[fibre]}; }
   /// Crown after crown; the size never changes after the lattice has set it.
   std::vector<MyosinHead_s> heads;
   /// The heads of this step's mechanics, in the order of `heads`: those in a bound state and those
@@ -80,6 +84,10 @@ struct FilamentData {
   std::vector<double> nebulin_limit;
   /// No more sites of a fibre than this lie in a head's axial reach at present.
   unsigned most_sites_in_reach = ~0u;
-  /// No site has ever had a larger `k_on_factor`.
-  double most_k_on_factor = 1.0;
+  /// Upper bounds of the sum of the weights that a head can be offered then, by crown code.
+  std::vector<double> weight_bounds;
+  /// No site has ever had a larger factor.
+  double most_factor = 1.0;
+  /// No bond of the last mesh is longer than this along the axis, in either direction [nm].
+  double longest_bond = std::numeric_limits<double>::infinity();
 };

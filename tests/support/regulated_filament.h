@@ -56,6 +56,9 @@ struct RegulatedFilament {
   }
 
   void bind(MyosinHead_s& head, unsigned fibre, unsigned node) {
+    head.actin_fibre = fibre;
+    head.actin_site = node;
+    data.attached.push_back(&head);
     data.bound_count[fibre][node] = 1;
     data.sites[fibre][node].head = &head;
   }

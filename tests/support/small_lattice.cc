@@ -54,6 +54,7 @@ MyosinHead_s& SmallLattice::bind(unsigned f, unsigned index, unsigned fibre, uns
   head.model_index = model;
   stepper->attach(data, head);
   data.attached.push_back(&head);
+  filament(f).prepare_nodes();
   return head;
 }
 

@@ -136,14 +136,15 @@ TEST(ActivationGeeves6S, SegmentsDrawChainAfterChainAndSetTheirSites) {
 TEST(ActivationGeeves6S, BoundHeadsHoldTheirSegmentOutOfTheBlockedPosition) {
   RegulatedFilament filament = geeves(1);
   filament.step({{0, 0.7}, {1, 0.7}});
-  filament.data.bound_count[1][0] = 1;
-  filament.data.bound_count[1][8] = 2;  // sites count, however many heads
+  MyosinHead_s first = {}, second = {};
+  filament.bind(first, 1, 0);
+  filament.bind(second, 1, 8);
   filament.step({{0, 0.2}, {1, 0.2}});
   EXPECT_EQ(filament.counts, (Counts{7, 0, 0, 1, 0, 0, 0, 0, 0}));
   EXPECT_EQ(sites(filament), "cBcBcBcBcBBBB BBBBBBBBBBBBB ");
   // Sites by state, then segments by number of bound sites.
   EXPECT_EQ(filament.info(), (Info{0, 35, 5, 0, 0, 0, 7, 0, 1, 0, 0, 0}));
-  filament.data.bound_count[1][0] = filament.data.bound_count[1][8] = 0;
+  filament.data.attached.clear();
   filament.step({{0, 0.2}});
   EXPECT_EQ(filament.info(), (Info{0, 40, 0, 0, 0, 0, 8, 0, 0, 0, 0, 0}));
 }

@@ -21,9 +21,9 @@ struct Bench {
   Bench() {
     std::vector<unsigned> nodes = {2, 3, 3};
     data.initialize(nodes);
-    data.position[0] = {0.0, 100.0};
-    data.position[1] = {94.0, 102.0, 107.0};  // strains -6, 2, 7
-    data.position[2] = {95.0, 100.0, 104.0};  // strains -5, 0, 4
+    data.x[0] = {0.0, 100.0};
+    data.x[1] = {94.0, 102.0, 107.0};  // strains -6, 2, 7
+    data.x[2] = {95.0, 100.0, 104.0};  // strains -5, 0, 4
     data.heads.assign(1, {1, 0, 0, unbound, unbound, 0, 0, 0});
   }
 

@@ -47,7 +47,9 @@ TEST(GeometryTools, OffsetsTurnWithTheirOwnPoint) {
 
 TEST(GeometryTools, ReachHoldsBothItsEnds) {
   using Range = std::pair<unsigned, unsigned>;
-  std::valarray<double> const position = {0.0, 1.0, 2.0, 3.0, 4.0};
+  std::valarray<double> const x = {0.0, 1.0, 2.0, 3.0, 4.0};
+  FibreDisplacement const u(5);
+  NodePositions const position(x, u);
   EXPECT_EQ(axial_reach(position, 2.0, 1.0), Range(1, 4));
   EXPECT_EQ(axial_reach(position, 2.0, 0.75), Range(2, 3));
   EXPECT_EQ(axial_reach(position, 0.5, 9.0), Range(0, 5));

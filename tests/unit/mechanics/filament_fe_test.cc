@@ -21,7 +21,7 @@ struct Chain {
   }
 
   std::valarray<double> x = std::valarray<double>(0.0, 7);
-  std::valarray<double> u = std::valarray<double>(0.0, 7);
+  FibreDisplacement u{7};
   std::vector<MyosinHead_s> heads;
   std::vector<MyosinHead_s*> attached;
   FilamentFEM fem{attached, x, u, 50.0, 12.0};
@@ -72,7 +72,7 @@ TEST(FilamentFEM, TwoSpringsInSeries) {
   for (unsigned i = 0; i < 7; ++i) EXPECT_NEAR(forces[i], expected[i], 1e-12) << i;
 
   // What the chain then exerts on its nodes is the opposite of what draws it.
-  chain.u = 1.0;
+  chain.u.fill(1.0);
   chain.fem.interpolate_displacement(drawn, offset);
   EXPECT_DOUBLE_EQ(chain.u[0], 1.0);
   EXPECT_DOUBLE_EQ(chain.u[2], 1.15);

@@ -43,6 +43,7 @@ TEST(Measured, BondsPerFilament) {
   Vector const none(lattice.filaments.number_dofs());
   lattice.bind(0, 3, 1, 5);
   lattice.bind(0, 4, 2, 5).detach_pending = 1;
+  lattice.filament(0).prepare_nodes();
   lattice.bind(1, 3, 1, 5, 1, 1);
   lattice.bind(3, 3, 1, 5, 1, 2);
   lattice.bind(3, 6, 1, 9, 1, 2);

@@ -15,10 +15,7 @@ TEST(Snapshots, SnapshotsOfBonds) {
   lattice.bind(0, 3, 1, 5, 2);       // 30 to 25 nm, slow, stroke 4
   lattice.bind(1, 7, 2, 9, 2, 1);    // 40 to 45 nm, fast, stroke 7
   lattice.bind(1, 13, 1, 12, 2, 2);  // 60 to 60 nm, protein-C, no stroke
-  for (auto& fibre : {1, 2}) {
-    lattice.filament(1).data.u[fibre] = 0.5;
-    lattice.filament(1).data.position[fibre] += 0.5;
-  }
+  for (auto& fibre : {1, 2}) lattice.filament(1).data.u[fibre].fill(0.5);
   write_snapshots(lattice.filaments, 0.7);
   // Energies 1.5 / 2, 2.5 / 2 * 12.5^2, 0.8 / 2 * 0.5^2.
   EXPECT_EQ(read_file("distributions_0.7.csv"),
