@@ -118,13 +118,15 @@ void FixedTimeStepMC::begin_step(double wanted_reach) {
 
 FixedTimeStepMC::ModelBounds FixedTimeStepMC::find_bounds(Model const* model) const {
   if (!model) return {};
+  // The sums that a draw is held against carry rounding of their own.
+  double const scale = currentTimeStep * (1.0 + 1e-9);
   ModelBounds found(model->n_states());
   for (unsigned from = 0; from < found.size(); ++from) {
-    found[from].at_site = model->rate_bound(from, reach);
+    found[from].at_site = scale * model->rate_bound(from, reach);
     if (model->attached[from]) continue;
     for (unsigned to = 0; to < found.size(); ++to) {
       bool const is_free = model->transitions[from][to] && !model->attached[to];
-      if (is_free) found[from].free += std::max(model->get_k(0.0, from, to), 0.0);
+      if (is_free) found[from].free += scale * std::max(model->get_k(0.0, from, to), 0.0);
     }
   }
   return found;
@@ -135,15 +137,13 @@ bool FixedTimeStepMC::surely_stays(double u, FilamentData const& data,
   ModelBounds const& of_model = bounds[static_cast<std::size_t>(head.kind())];
   if (head.state >= of_model.size()) return false;
   StateBounds const& state = of_model[head.state];
-  // The sums that a draw is held against carry rounding of their own.
-  constexpr double margin = 1.0 + 1e-9;
   if (head.actin_site == unbound) {
     if (head.crown_code >= data.weight_bounds.size()) return false;
     double const factor = data.most_factor * data.most_factor;  // of weight and rate
     double const at_sites = state.at_site * factor * data.weight_bounds[head.crown_code];
-    return u > currentTimeStep * (state.free + at_sites) * margin;
+    return u > state.free + at_sites;
   }
-  if (!(u > currentTimeStep * state.at_site * data.most_factor * margin)) return false;
+  if (!(u > state.at_site * data.most_factor)) return false;
   // What holds for all bonds spares a look at the ends of each.
   return data.longest_bond <= reach || std::abs(bound_strain(data, head)) <= reach;
 }

@@ -54,8 +54,8 @@ class FixedTimeStepMC {
   /// rate could move by it stays without a search. `candidates` is work space.
   int state_change(FilamentData& data, MyosinHead_s& head, Geometry const& geometry,
                    std::vector<BindingSite_s>& candidates) const;
-  /// Renews the bounds of all rates, which hold until the clock moves on; `reach` is that of the
-  /// heads [nm]. Before the first call every head is asked.
+  /// Renews the bounds of all rates for a step of the present length, until the clock moves on;
+  /// `reach` is that of the heads [nm]. Before the first call every head is asked.
   void begin_step(double reach);
 
   Model const* get_proteinC_model() const { return models.protein_c; }
@@ -74,7 +74,7 @@ class FixedTimeStepMC {
 
  private:
   struct Outcomes;
-  /// Bounds of the rates out of a state.
+  /// Bounds of the chances, rate times step, to leave a state.
   struct StateBounds {
     double at_site = std::numeric_limits<double>::infinity();  ///< of those that a site acts on
     double free = 0.0;                                         ///< of the others
