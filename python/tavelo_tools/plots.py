@@ -2,18 +2,26 @@
 
 from collections.abc import Callable, Sequence
 from dataclasses import dataclass
+from typing import TypeVar
 
 import numpy as np
 import pandas as pd
 from matplotlib.axes import Axes
+from scipy.special import expit, logit
 from scipy.stats import t as student
 
 from .downsample import downsample, downsample_band
+from .groups import Group
 from .quantities import QUANTITIES, Curve, Quantity
 from .read import Run
+from .style import LIGHT, legend_above
 
 MOST_SNAPSHOTS = 6  # that are drawn as lines; more become a map
 IN_MS_UP_TO = 1.0  # length of a run whose axis has milliseconds
+IN_A_PLOT = len(LIGHT)  # conditions that a plot can tell apart; more become several plots
+LEAST_FOR_BAND = 3  # runs; of two the runs themselves are drawn
+
+Item = TypeVar("Item")
 
 
 @dataclass(frozen=True)
@@ -26,14 +34,6 @@ class Plot:
     draw: Callable[[Axes], None]
 
 
-@dataclass(frozen=True)
-class Group:
-    """Runs that are drawn as one: a single one, or some that differ only by their seed."""
-
-    label: str
-    runs: tuple[Run, ...]
-
-
 def plots_of_run(run: Run) -> list[Plot]:
     """All plots that the outputs of a run allow."""
     plots = [_course_plot(quantity, curves, run) for quantity, curves in _courses(run)]
@@ -41,14 +41,24 @@ def plots_of_run(run: Run) -> list[Plot]:
 
 
 def plots_of_groups(groups: Sequence[Group]) -> list[Plot]:
-    """The same over several runs; a quantity of several lines becomes a plot for each."""
+    """The same over several runs; a quantity of several lines becomes a plot for each, and more
+    conditions than a plot can tell apart become several plots on one scale."""
     plots = []
     for quantity in QUANTITIES:
         of_groups = [[(run, quantity.curves(run)) for run in group.runs] for group in groups]
         labels = dict.fromkeys(c.label for runs in of_groups for _, cs in runs for c in cs)
         for label in labels:
-            plots.append(_compared_plot(quantity, label, groups, of_groups))
+            plots += _compared_plots(quantity, label, groups, of_groups)
     return plots + _compared_snapshots(groups)
+
+
+def _parts(items: Sequence[Item]) -> list[tuple[str, list[Item]]]:
+    """As many conditions as fit a plot at a time, with what its title says of them."""
+    starts = range(0, len(items), IN_A_PLOT)
+    parts = [list(items[start : start + IN_A_PLOT]) for start in starts]
+    if len(parts) < 2:
+        return [("", part) for part in parts]
+    return [(f", {start + 1} to {start + len(p)}", p) for start, p in zip(starts, parts)]
 
 
 def _courses(run: Run) -> list[tuple[Quantity, list[Curve]]]:
@@ -89,73 +99,101 @@ def _finish_course(
     if quantity.lowest is not None:
         axes.set_ylim(quantity.lowest, 1.05 * axes.get_ylim()[1])
     if several:
-        _legend_above(axes)
-
-
-def _legend_above(axes: Axes) -> None:
-    """Above the plot, where it hides no data."""
-    count = len(axes.get_legend_handles_labels()[1])
-    widest = max((len(text) for text in axes.get_legend_handles_labels()[1]), default=0)
-    columns = min(count, 4 if widest < 9 else 3 if widest < 16 else 2)
-    axes.legend(
-        loc="lower left", bbox_to_anchor=(0, 1), ncols=columns, columnspacing=1.2, handlelength=1.4
-    )
+        legend_above(axes)
 
 
 # Several runs
 
 
-def _compared_plot(
+def _compared_plots(
     quantity: Quantity,
     label: str,
     groups: Sequence[Group],
     of_groups: list[list[tuple[Run, list[Curve]]]],
-) -> Plot:
+) -> list[Plot]:
     chosen = [
-        [curve for _, curves in runs for curve in curves if curve.label == label]
-        for runs in of_groups
+        (group.label, [curve for _, curves in runs for curve in curves if curve.label == label])
+        for group, runs in zip(groups, of_groups)
     ]
-    scale, time_label = _time_scale([curve for curves in chosen for curve in curves])
+    every = [curve for _, curves in chosen for curve in curves]
     first = next(run for runs in of_groups for run, curves in runs if curves)
-
-    def draw(axes: Axes) -> None:
-        for number, (group, curves) in enumerate(zip(groups, chosen)):
-            if curves:
-                draw_group(axes, group.label, curves, scale, f"C{number}")
-        _finish_course(axes, quantity, first, time_label, True)
-
+    scale, time_label = _time_scale(every)
+    limits = _limits(every, quantity)
     title = f"{quantity.title}: {label}" if label else quantity.title
-    return Plot(f"{quantity.key} {label}".strip(), title, quantity.about, draw)
+
+    def drawing(part: Sequence[tuple[str, list[Curve]]]) -> Callable[[Axes], None]:
+        def draw(axes: Axes) -> None:
+            for number, (name, curves) in enumerate(part):
+                if curves:
+                    _draw_group(axes, name, curves, scale, f"C{number}", quantity)
+            axes.set_ylim(limits)
+            _finish_course(axes, quantity, first, time_label, True)
+
+        return draw
+
+    return [
+        Plot(f"{quantity.key} {label}".strip(), title + place, quantity.about, drawing(part))
+        for place, part in _parts(chosen)
+    ]
 
 
-def draw_group(axes: Axes, label: str, curves: list[Curve], scale: float, colour: str) -> None:
-    """A line, or mean and 95 % band where there are several runs."""
+def _limits(curves: Sequence[Curve], quantity: Quantity) -> tuple[float, float] | None:
+    """Of the axis: what all runs reach, so that wide bands don't flatten the lines."""
+    values = np.concatenate([curve.values for curve in curves])
+    values = values[np.isfinite(values)]
+    if not len(values) or values.min() == values.max() or quantity.logarithmic:
+        return None
+    margin = 0.05 * (values.max() - values.min())
+    return float(values.min() - margin), float(values.max() + margin)
+
+
+def _draw_group(
+    axes: Axes, label: str, curves: list[Curve], scale: float, colour: str, quantity: Quantity
+) -> None:
+    """A line; of several runs their mean, with its 95 % band from three runs on."""
+
+    def line(time: np.ndarray, values: np.ndarray, **style: object) -> None:
+        time, values = downsample(time, values)
+        axes.plot(scale * time, values, color=colour, **style)
+
     if len(curves) == 1:
-        time, values = downsample(curves[0].time, curves[0].values)
-        axes.plot(scale * time, values, color=colour, label=label)
+        line(curves[0].time, curves[0].values, label=label)
         return
-    time, mean, half = mean_and_band(curves)
-    axes.plot(*(_scaled(scale, downsample(time, mean))), color=colour, label=label)
-    where, low, high = downsample_band(time, mean - half, mean + half)
+    time, mean, low, high = mean_and_band(curves, quantity)
+    line(time, mean, label=f"{label} (n = {len(curves)})")
+    if len(curves) < LEAST_FOR_BAND:
+        for curve in curves:
+            line(curve.time, curve.values, alpha=0.4, linewidth=0.6)
+        return
+    where, low, high = downsample_band(time, low, high)
     axes.fill_between(scale * where, low, high, color=colour, alpha=0.25, linewidth=0)
 
 
-def _scaled(scale: float, xy: tuple[np.ndarray, np.ndarray]) -> tuple[np.ndarray, np.ndarray]:
-    return scale * xy[0], xy[1]
+def mean_and_band(
+    curves: Sequence[Curve], quantity: Quantity
+) -> tuple[np.ndarray, np.ndarray, np.ndarray, np.ndarray]:
+    """Times, mean, and the ends of the 95 % confidence band of the mean (Student's t).
 
-
-def mean_and_band(curves: Sequence[Curve]) -> tuple[np.ndarray, np.ndarray, np.ndarray]:
-    """Times, mean, and half the width of the 95 % confidence band of the mean (Student's t).
-
-    On the times of the first curve that all curves reach."""
+    On the times of the first curve that all curves reach. The band of a quantity that can't be
+    negative is that of its logarithm, the band of a share that of its logit, each with the error
+    that the mean's own passes on to first order: neither leaves the quantity's range."""
     start = max(curve.time[0] for curve in curves)
     end = min(curve.time[-1] for curve in curves)
     time = curves[0].time
     time = time[(time >= start) & (time <= end)]
     values = np.array([np.interp(time, curve.time, curve.values) for curve in curves])
-    n = len(curves)
-    error = values.std(axis=0, ddof=1) / np.sqrt(n)
-    return time, values.mean(axis=0), student.ppf(0.975, n - 1) * error
+    n, mean = len(curves), values.mean(axis=0)
+    half = student.ppf(0.975, n - 1) * values.std(axis=0, ddof=1) / np.sqrt(n)
+    if quantity.lowest is None:
+        return time, mean, mean - half, mean + half
+    if quantity.highest is None:
+        factor = np.exp(np.divide(half, mean, out=np.zeros_like(mean), where=mean > 0))
+        return time, mean, mean / factor, mean * factor
+    share = np.clip(mean / quantity.highest, 0.0, 1.0)
+    slope = quantity.highest * share * (1 - share)
+    spread = np.divide(half, slope, out=np.zeros_like(mean), where=slope > 0)
+    low, high = (quantity.highest * expit(logit(share) + sign * spread) for sign in (-1, 1))
+    return time, mean, low, high
 
 
 # Snapshots
@@ -220,7 +258,7 @@ def _distribution_plot(measure: _Measure, table: pd.DataFrame) -> Plot:
             axes.stairs(share, edges, label=label, linewidth=1.2)
         axes.set_ylabel("Share of bonds [%]")
         axes.set_ylim(0, None)
-        _legend_above(axes)
+        legend_above(axes)
 
     return Plot(measure.table + measure.column, measure.title, measure.about, draw)
 
@@ -234,34 +272,40 @@ def _compared_snapshots(groups: Sequence[Group]) -> list[Plot]:
     """Distributions at the last snapshot that all runs with snapshots have."""
     plots = []
     for measure in MEASURES:
-        tables = [(g.label, [r[measure.table] for r in g.runs]) for g in groups]
+        tables = [(g.counted, [r[measure.table] for r in g.runs]) for g in groups]
         tables = [(label, [t for t in ts if not t.empty]) for label, ts in tables]
         tables = [(label, ts) for label, ts in tables if ts]
         if not tables:
             continue
         shared = set.intersection(*(set(t["time"]) for _, ts in tables for t in ts))
         if shared:
-            plots.append(_compared_distribution(measure, tables, max(shared)))
+            plots += _compared_distributions(measure, tables, max(shared))
     return plots
 
 
-def _compared_distribution(
+def _compared_distributions(
     measure: _Measure, tables: list[tuple[str, list[pd.DataFrame]]], time: float
-) -> Plot:
+) -> list[Plot]:
     every = [t.loc[t["time"] == time, measure.column] for _, ts in tables for t in ts]
     edges = edges_of(pd.concat(every).to_numpy())
 
-    def draw(axes: Axes) -> None:
-        for label, of_group in tables:
-            shares = [_shares(table, measure.column, time, edges) for table in of_group]
-            axes.stairs(np.mean(shares, axis=0), edges, label=label, linewidth=1.2)
-        axes.set_xlabel(measure.axis)
-        axes.set_ylabel("Share of bonds [%]")
-        axes.set_ylim(0, None)
-        _legend_above(axes)
+    def drawing(part: Sequence[tuple[str, list[pd.DataFrame]]]) -> Callable[[Axes], None]:
+        def draw(axes: Axes) -> None:
+            for label, of_group in part:
+                shares = [_shares(table, measure.column, time, edges) for table in of_group]
+                axes.stairs(np.mean(shares, axis=0), edges, label=label, linewidth=1.2)
+            axes.set_xlabel(measure.axis)
+            axes.set_ylabel("Share of bonds [%]")
+            axes.set_ylim(0, None)
+            legend_above(axes)
+
+        return draw
 
     title = f"{measure.title} at time {time:g}"
-    return Plot(measure.table + measure.column, title, measure.about, draw)
+    return [
+        Plot(measure.table + measure.column, title + place, measure.about, drawing(part))
+        for place, part in _parts(tables)
+    ]
 
 
 # State of the thin filaments at time 0.7
@@ -290,7 +334,7 @@ def _draw_sites(axes: Axes, sites: pd.DataFrame) -> None:
     axes.set_xlabel("Site along the thin filament")
     axes.set_ylabel("Share of sites [%]")
     axes.margins(x=0)
-    _legend_above(axes)
+    legend_above(axes)
 
 
 def _draw_angles(axes: Axes, chains: pd.DataFrame) -> None:

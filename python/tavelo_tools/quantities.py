@@ -10,7 +10,7 @@ from .noticed import protocol_rows
 from .protocol import course
 from .read import Run
 
-BINS = 150  # of the plots of events per time
+BINS = 60  # of the plots of events per time: more would mostly show the scatter of counts
 
 
 @dataclass(frozen=True)
@@ -32,7 +32,8 @@ class Quantity:
     axis: str | Callable[[Run], str]
     about: str
     curves: Callable[[Run], list[Curve]]
-    lowest: float | None = None  # at which the axis begins
+    lowest: float | None = None  # below which it can't be, and where the axis begins
+    highest: float | None = None  # above which it can't be; a share has 0 and 100
     logarithmic: bool = False
 
     def axis_of(self, run: Run) -> str:
@@ -261,6 +262,7 @@ QUANTITIES = (
         "Bound per thick filament",
         "Bound myosin heads, and protein-C links where there are any.",
         _bonds,
+        lowest=0.0,
     ),
     Quantity(
         "events",
@@ -268,6 +270,7 @@ QUANTITIES = (
         "Events\n[1/s per thick filament]",
         f"Counted over at most {BINS} stretches of the run; protein-C links included.",
         _events,
+        lowest=0.0,
     ),
     Quantity(
         "all_heads",
@@ -275,6 +278,8 @@ QUANTITIES = (
         "Share of all heads [%]",
         "Kinetic states of slow and fast heads together.",
         _all_heads,
+        lowest=0.0,
+        highest=100.0,
     ),
     Quantity(
         "bound_heads",
@@ -282,6 +287,7 @@ QUANTITIES = (
         "Heads per thick filament",
         "Heads in the mechanics; one that has just let go counts once more, detached.",
         _bound_heads,
+        lowest=0.0,
     ),
     Quantity(
         "segments",
@@ -289,6 +295,8 @@ QUANTITIES = (
         "Share of segments [%]",
         "Regulatory states of the segments.",
         _segments,
+        lowest=0.0,
+        highest=100.0,
     ),
     Quantity(
         "calcium",
@@ -304,6 +312,7 @@ QUANTITIES = (
         "Steps of the cycle\n[1/s per head]",
         "Logged steps past ADP release, as a measure of the turnover of ATP.",
         _turnover,
+        lowest=0.0,
     ),
     Quantity(
         "passes",

@@ -2,6 +2,7 @@
 
 import io
 import re
+import textwrap
 from collections.abc import Callable
 
 import matplotlib
@@ -34,6 +35,7 @@ DARK = (
     "#aab2c0",
     "#c99b7d",
 )
+WIDEST_LABEL = 48  # characters of a line of a legend
 SIZE = (4.9, 2.9)  # inches; texts stay readable when a phone shows it at 360 pixels
 
 STYLE: dict[str, object] = {
@@ -76,12 +78,38 @@ def theme(colours: tuple[str, ...], ink: str, grid: str) -> str:
     return f"--ink:{ink};--grid:{grid};{series}"
 
 
+def legend_above(axes: Axes) -> None:
+    """Above the plot, where it hides no data, in as many columns as the picture is wide for."""
+    room = 0.84 * SIZE[0] * axes.figure.dpi  # the rest stands left of the axes
+    handles, texts = axes.get_legend_handles_labels()
+    texts = [textwrap.fill(text, WIDEST_LABEL) for text in texts]
+    for columns in range(min(4, len(texts)), 0, -1):
+        legend = axes.legend(
+            handles,
+            texts,
+            loc="lower left",
+            bbox_to_anchor=(0, 1),
+            ncols=columns,
+            columnspacing=1.2,
+            handlelength=1.4,
+        )
+        if legend.get_window_extent().width <= room:
+            return
+
+
+def _room_for(axes: Axes) -> float:
+    """Height that a legend takes beyond two lines [inches]."""
+    legend = axes.get_legend()
+    return max(0.0, legend.get_window_extent().height / axes.figure.dpi - 0.4) if legend else 0.0
+
+
 def to_svg(draw: Callable[[Axes], None], name: str) -> str:
     """A plot as an element of a page; `name` is read out where pictures aren't seen."""
     style = STYLE | {"svg.hashsalt": name}
     with plt.rc_context(style):
         figure, axes = plt.subplots(figsize=SIZE, layout="constrained")
         draw(axes)
+        figure.set_figheight(SIZE[1] + _room_for(axes))
         stream = io.StringIO()
         figure.savefig(stream, format="svg", metadata={"Date": None})
         plt.close(figure)
@@ -120,5 +148,7 @@ def write_png(
             axes.remove()
         for axes, draw in zip(grid.flat, draws):
             draw(axes)
+        room = max((_room_for(axes) for axes in figure.axes), default=0.0)
+        figure.set_figheight(figure.get_figheight() + rows * room)
         figure.savefig(path, dpi=dpi)
         plt.close(figure)

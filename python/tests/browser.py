@@ -25,7 +25,11 @@ window.addEventListener("load", () => {
   const sizes = [...document.querySelectorAll("figure svg")].map(svg => {
     const box = svg.getBoundingClientRect();
     const text = svg.querySelector("text").getBoundingClientRect();
-    return {width: box.width, height: box.height, text: text.height,
+    const clipped = [...svg.querySelectorAll("text")].filter(label => {
+      const at = label.getBoundingClientRect();
+      return at.left < box.left - 1 || at.right > box.right + 1 || at.top < box.top - 1;
+    });
+    return {width: box.width, height: box.height, text: text.height, clipped: clipped.length,
             lines: svg.querySelectorAll("path").length};
   });
   const out = document.createElement("pre");
@@ -97,6 +101,23 @@ def view(page: Path, size: tuple[int, int], scheme: str = LIGHT) -> View:
 
 def screenshot(page: Path, size: tuple[int, int], picture: Path, scheme: str = LIGHT) -> None:
     _open(page, size, scheme, f"--screenshot={picture.resolve()}")
+
+
+def check(page: Path, plots: int) -> None:
+    """No errors, no plot without a size, nothing clipped or wider than the window, readable texts."""
+    assert plots > 5
+    views = [view(page, size) for size in (DESKTOP, PHONE)]
+    for seen in views:
+        assert seen.console == []
+        assert len(seen.sizes) == plots
+        assert min(size["width"] for size in seen.sizes) > 300
+        assert min(size["height"] for size in seen.sizes) > 150
+        assert min(size["text"] for size in seen.sizes) >= 9
+        assert min(size["lines"] for size in seen.sizes) > 10
+        assert not any(size["clipped"] for size in seen.sizes)
+        assert seen.wide <= seen.inner
+    dark = view(page, PHONE, DARK)
+    assert (dark.ground, dark.ink) != (views[0].ground, views[0].ink)
 
 
 def main(page: Path, folder: Path) -> int:

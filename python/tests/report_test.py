@@ -11,11 +11,10 @@ import browser
 import numpy as np
 import pytest
 from tavelo_tools import read_run
-from tavelo_tools.compare import group
 from tavelo_tools.downsample import downsample, downsample_band
 from tavelo_tools.fits import fit_hill_hyperbola, fit_hill_pca, hill_pca, intercept
 from tavelo_tools.noticed import notices
-from tavelo_tools.plots import MOST_SNAPSHOTS, mean_and_band, plots_of_run
+from tavelo_tools.plots import MOST_SNAPSHOTS, plots_of_run
 from tavelo_tools.quantities import QUANTITIES, Curve
 from tavelo_tools.report import make_page
 
@@ -75,15 +74,6 @@ def test_fewer_points_keep_the_extremes() -> None:
     assert few_x[few_y.argmax()] == x[54_321]
     where, low, high = downsample_band(x, y - 1, y + 1)
     assert (low.min(), high.max()) == (-100.0, 100.0) and len(where) <= 700
-
-
-def test_the_band_is_students() -> None:
-    time = np.array([1.0, 2.0])
-    runs = [Curve("", time, np.array([v, 0.0])) for v in (1.0, 2.0, 3.0)]
-    _, mean, half = mean_and_band(runs)
-    assert mean.tolist() == [2.0, 0.0]
-    # t(0.975, 2) = 4.3027 from the tables, s = 1, n = 3.
-    assert half == pytest.approx([4.3027 / 3**0.5, 0.0], rel=1e-4)
 
 
 def test_fits_find_the_curves_they_are_given() -> None:
@@ -199,25 +189,9 @@ def test_the_report_in_a_browser(real_run: Path, tmp_path: Path) -> None:
     assert (tmp_path / "report.png").stat().st_size > 50_000
     page = (tmp_path / "report.html").read_text()
     assert not re.search(r"""(src|href)=["'](?!#|data:)|url\((?!#)|@import""", page)
-    check_in_browser(tmp_path / "report.html", plots=page.count("<figure>"))
+    browser.check(tmp_path / "report.html", plots=page.count("<figure>"))
     for title in ("Force", "Length", "States of all heads", "Thin filament", "Strain of bonds"):
         assert f"<h3>{title}</h3>" in page
-
-
-def check_in_browser(page: Path, plots: int) -> None:
-    """No errors, no plot without a size, nothing wider than the window, texts of a readable height."""
-    assert plots > 5
-    views = [browser.view(page, size) for size in (browser.DESKTOP, browser.PHONE)]
-    for view in views:
-        assert view.console == []
-        assert len(view.sizes) == plots
-        assert min(size["width"] for size in view.sizes) > 300
-        assert min(size["height"] for size in view.sizes) > 150
-        assert min(size["text"] for size in view.sizes) >= 9
-        assert min(size["lines"] for size in view.sizes) > 10
-        assert view.wide <= view.inner
-    dark = browser.view(page, browser.PHONE, browser.DARK)
-    assert (dark.ground, dark.ink) != (views[0].ground, views[0].ink)
 
 
 def test_many_snapshots_become_a_map(made_run: Path) -> None:
@@ -226,28 +200,6 @@ def test_many_snapshots_become_a_map(made_run: Path) -> None:
         (made_run / f"distributions_{number}.csv").write_text(f"X,Stiffness,Force,Energy,State\n{rows}")
     run = read_run(made_run)
     assert "Snapshot at time [s]" in make_page(run, plots_of_run(run))
-
-
-def test_runs_that_differ_only_by_seed_become_one_line(
-    real_run: Path, copy_of_run: Path, made_run: Path, tmp_path: Path
-) -> None:
-    for name in ("simulation.prm", "TaveloOutput.lst"):
-        text = (copy_of_run / name).read_text()
-        other = re.sub(r"(random_seed\s*=\s*|Random Seed:\s*)\d+", r"\g<1>2", text)
-        assert other != text
-        (copy_of_run / name).write_text(other)
-    third = shutil.copytree(copy_of_run, tmp_path / "third")
-    numeric = (third / "numeric_mc.prm").read_text()
-    (third / "numeric_mc.prm").write_text(numeric + "# a remark is no difference\n")
-    runs = [read_run(path) for path in (real_run, copy_of_run, third, made_run)]
-    groups = group(runs)
-    # The third has the second's seed: it is the same run again.
-    assert [len(item.runs) for item in groups] == [2, 1]
-    result = start("tavelo-compare", real_run, copy_of_run, third, made_run, "--out", tmp_path)
-    assert result.returncode == 0, result.stderr
-    page = (tmp_path / "compare.html").read_text()
-    assert "95 % confidence band of the mean" in page and "1 run(s) left out" in page
-    check_in_browser(tmp_path / "compare.html", plots=page.count("<figure>"))
 
 
 def test_tables_of_the_documentation_and_of_the_code_agree() -> None:
