@@ -23,7 +23,7 @@ class Fit:
     def __str__(self) -> str:
         def shown(name: str) -> str:
             error = float(f"{self.errors[name]:.2g}")
-            return f"{name} = {self.values[name]:.4g} +- {error:g}"
+            return f"{name} = {self.values[name]:.4g} \u00b1 {error:g}"
 
         return ", ".join(map(shown, self.values))
 

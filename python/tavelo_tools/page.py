@@ -31,6 +31,7 @@ ul{{padding-left:1.2rem;margin:.4rem 0}}.grave{{font-weight:600}}
 .scroll{{overflow-x:auto}}table{{border-collapse:collapse;font-size:.9rem;min-width:100%}}
 th,td{{text-align:left;padding:.2rem .7rem .2rem 0;border-bottom:1px solid var(--grid);
 vertical-align:top;overflow-wrap:break-word}}
+pre{{margin:0;font-size:.9rem}}h3{{font-size:1rem;margin:.6rem 0 .2rem}}
 .folds{{columns:24rem;column-gap:2rem}}
 details{{margin:0 0 .6rem;break-inside:avoid}}summary{{cursor:pointer}}
 @media print{{details{{display:block}}figure{{break-inside:avoid}}}}
@@ -76,6 +77,15 @@ def plots(found: list[Plot]) -> str:
         for plot in found
     )
     return f'<h2>Plots</h2><div class="plots">{figures}</div>'
+
+
+def texts(title: str, found: dict[str, str]) -> str:
+    """Texts as they are, under their names."""
+    shown = "".join(
+        f'<h3>{escape(name)}</h3><div class="scroll"><pre>{escape(text)}</pre></div>'
+        for name, text in found.items()
+    )
+    return f"<h2>{escape(title)}</h2>{shown}" if found else ""
 
 
 def table(frame: pd.DataFrame) -> str:

@@ -12,9 +12,10 @@ from scipy.stats import t as student
 
 from .downsample import downsample, downsample_band
 from .groups import Group
+from .loops import cycles, draw_loops, settled, work_of
 from .quantities import QUANTITIES, Curve, Quantity
 from .read import Run
-from .style import LIGHT, legend_above
+from .style import INK, LIGHT, legend_above
 
 MOST_SNAPSHOTS = 6  # that are drawn as lines; more become a map
 IN_MS_UP_TO = 1.0  # length of a run whose axis has milliseconds
@@ -37,7 +38,7 @@ class Plot:
 def plots_of_run(run: Run) -> list[Plot]:
     """All plots that the outputs of a run allow."""
     plots = [_course_plot(quantity, curves, run) for quantity, curves in _courses(run)]
-    return plots + _snapshot_plots(run) + _site_plots(run)
+    return plots + _loop_plots(run) + _snapshot_plots(run) + _site_plots(run)
 
 
 def plots_of_groups(groups: Sequence[Group]) -> list[Plot]:
@@ -77,11 +78,16 @@ def _course_plot(quantity: Quantity, curves: list[Curve], run: Run) -> Plot:
     def draw(axes: Axes) -> None:
         for curve in curves:
             time, values = downsample(curve.time, curve.values)
-            colour = {} if curve.colour is None else {"color": f"C{curve.colour}"}
-            axes.plot(scale * time, values, label=curve.label, **colour)
+            axes.plot(scale * time, values, label=curve.label, **_style(curve))
         _finish_course(axes, quantity, run, time_label, len(curves) > 1)
 
     return Plot(quantity.key, quantity.title, quantity.about, draw)
+
+
+def _style(curve: Curve) -> dict[str, object]:
+    if curve.prescribed:
+        return {"color": INK, "linestyle": "--", "linewidth": 0.9}
+    return {} if curve.colour is None else {"color": f"C{curve.colour}"}
 
 
 def _finish_course(
@@ -100,6 +106,17 @@ def _finish_course(
         axes.set_ylim(quantity.lowest, 1.05 * axes.get_ylim()[1])
     if several:
         legend_above(axes)
+
+
+def _loop_plots(run: Run) -> list[Plot]:
+    found = cycles(run)
+    if not found:
+        return []
+    about = (
+        f"Work per cycle: {work_of(settled(found))}, per thick filament; positive where the muscle does "
+        "it. The first cycle doesn't count where there are others."
+    )
+    return [Plot("loop", "Work loop", about, lambda axes: draw_loops(axes, found))]
 
 
 # Several runs

@@ -7,6 +7,7 @@ import numpy as np
 
 from .numbers import read_numbers, read_text
 
+LENGTH, FORCE = 0, 1  # modes: what is prescribed
 CONSTANT, RAMP, SINE, TWITCH, FROM_PRESENT, LOG_NORMAL, TABLE = 0, 1, 2, 3, 4, 5, 999
 
 
@@ -88,12 +89,24 @@ def end_time(rows: list[Row]) -> float | None:
     return rows[-1].start if rows else None
 
 
+def _current(rows: list[Row], time: np.ndarray) -> np.ndarray:
+    """Number of the row that holds: one takes over behind the step that reaches its start."""
+    starts = np.array([row.start for row in rows])
+    return np.maximum(np.searchsorted(starts + 1e-9, time, side="left") - 1, 0)
+
+
+def course_of_mode(rows: list[Row], time: np.ndarray, mode: int) -> np.ndarray:
+    """The same, NaN where another mode holds."""
+    if not rows:
+        return np.full(time.shape, np.nan)
+    modes = np.array([row.mode for row in rows])
+    return np.where(modes[_current(rows, time)] == mode, course(rows, time), np.nan)
+
+
 def course(rows: list[Row], time: np.ndarray) -> np.ndarray:
     """The prescribed values over time, NaN before the first row and where the run decides."""
-    starts = np.array([row.start for row in rows])
     values = np.full(time.shape, np.nan)
-    # A row takes over behind the step that reaches its start.
-    current = np.maximum(np.searchsorted(starts + 1e-9, time, side="left") - 1, 0)
+    current = _current(rows, time)
     for index, row in enumerate(rows):
         here = current == index
         values[here] = row.values(time[here] - row.start)

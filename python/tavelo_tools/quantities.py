@@ -7,7 +7,7 @@ import numpy as np
 import pandas as pd
 
 from .noticed import protocol_rows
-from .protocol import course
+from .protocol import FORCE, LENGTH, course, course_of_mode
 from .read import Run
 
 BINS = 60  # of the plots of events per time: more would mostly show the scatter of counts
@@ -21,6 +21,7 @@ class Curve:
     time: np.ndarray
     values: np.ndarray
     colour: int | None = None  # number of its colour; None: the next
+    prescribed: bool = False  # by a protocol, and drawn as such
 
 
 @dataclass(frozen=True)
@@ -57,12 +58,19 @@ def _columns_of(table: pd.DataFrame, columns: dict[str, str]) -> list[Curve]:
 
 
 def _force(run: Run) -> list[Curve]:
-    return _columns(run, "result", {"force": ""})
+    return _columns(run, "result", {"force": ""}) + _prescribed(run, FORCE)
 
 
 def _length(run: Run) -> list[Curve]:
     columns = {"displacement_actin": "Z-disc", "displacement_myosin": "thick filament's tip"}
-    return _columns(run, "result", columns)
+    return _columns(run, "result", columns) + _prescribed(run, LENGTH)
+
+
+def _prescribed(run: Run, mode: int) -> list[Curve]:
+    """What protocol.dat prescribes while it has this mode."""
+    times = run["result"].get("time", pd.Series(dtype=float)).to_numpy()
+    values = course_of_mode(protocol_rows(run), times, mode)
+    return [Curve("prescribed", times, values, prescribed=True)] if np.isfinite(values).any() else []
 
 
 def _bonds(run: Run) -> list[Curve]:
@@ -104,9 +112,9 @@ def _states(table: pd.DataFrame) -> list[str]:
 
 
 def _label(run: Run, number: int) -> str:
+    """Number as in the files and what the model calls the state, the same in every plot."""
     names = run.state_names
-    name = names[number] if number < len(names) else ""
-    return f"{number} {name}".strip() if not name.startswith("state ") else name
+    return f"{number} {names[number]}" if number < len(names) else f"state {number}"
 
 
 def _all_heads(run: Run) -> list[Curve]:
@@ -195,12 +203,13 @@ def _turnover(run: Run) -> list[Curve]:
         return []
     edges = np.append(0.0, result["time"].to_numpy())
     curves = []
-    for key, label in (("atp_6states", "state 2 to 3"), ("atp_8states", "state 3 to 4")):
+    for key, state in (("atp_6states", 2), ("atp_8states", 3)):
         logged = run[key].get("time")
         if logged is not None and not logged.empty and np.all(np.diff(edges) > 0):
             # Logged times have six digits and may fall short of their own step's.
             counts, _ = np.histogram(logged - 1e-9, edges)
             time, rate = _per_time(edges[1:], counts.astype(float))
+            label = f"{_label(run, state)} to {_label(run, state + 1)}"
             curves.append(Curve(label, time, rate / heads[states].iloc[0].sum()))
     return curves
 
@@ -232,6 +241,8 @@ def _residuals(run: Run) -> list[Curve]:
     table, last = _passes_of_steps(run)
     if not len(last) or "largest_residual" not in table:
         return []
+    if not table["largest_residual"].any():
+        return []
     # Written with six digits behind the point: 0 means below half of the last.
     force = table.assign(largest_residual=table["largest_residual"].abs().clip(lower=5e-7))
     first = np.append(True, last[:-1])
@@ -246,14 +257,15 @@ QUANTITIES = (
         "force",
         "Force",
         "Force\n[pN per thick filament]",
-        "Positive force pulls.",
+        "Positive force pulls. Dashed: the load that protocol.dat prescribes, where it does.",
         _force,
     ),
     Quantity(
         "length",
         "Length",
         "Displacement\n[nm per half-sarcomere]",
-        "Since time 0; shortening is negative.",
+        "Since time 0; shortening is negative. Dashed: what protocol.dat prescribes, at the outer end of "
+        "the series elastic element; not drawn where it depends on the run.",
         _length,
     ),
     Quantity(

@@ -9,12 +9,15 @@ import pandas as pd
 from matplotlib.axes import Axes
 
 from . import page
+from .groups import FIELDS, PROTOCOLS
 from .noticed import last_time, notices
+from .numbers import read_text
 from .plots import Plot, plots_of_run
 from .read import Run, RunError, read_run
 from .style import write_png
 from .tables import BY_KEY
 
+MOST_ROWS = 100  # of a protocol that the page shows
 
 
 def overview(plots: list[Plot]) -> list[Plot]:
@@ -60,6 +63,18 @@ def about(run: Run) -> str:
     return ", ".join(f"{label} {value}" for label, value in known.items() if value is not None)
 
 
+def protocols(run: Run) -> dict[str, str]:
+    """The protocol files as they are, long ones without their end."""
+    found = {}
+    for name in PROTOCOLS:
+        path = run.directory / name
+        if path.is_file():
+            lines = read_text(path).splitlines()
+            more = [f"... and {len(lines) - MOST_ROWS} more rows"] if len(lines) > MOST_ROWS else []
+            found[f"{name}: {' '.join(FIELDS)}"] = "\n".join([*lines[:MOST_ROWS], *more])
+    return found
+
+
 def files(run: Run) -> pd.DataFrame:
     """What was found of each file."""
     rows = []
@@ -77,6 +92,7 @@ def make_page(run: Run, plots: list[Plot]) -> str:
         page.key_figures(key_figures(run)),
         page.notices(found),
         page.plots(plots),
+        page.texts("Protocols, as they stand now", protocols(run)),
         page.parameters("Parameters in force (listing)", run["parameters"], True),
         page.parameters("Parameter files, as they stand now", run.input_parameters, False),
         "<h2>Files</h2>" + page.table(files(run)),

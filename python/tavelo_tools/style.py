@@ -80,7 +80,7 @@ def theme(colours: tuple[str, ...], ink: str, grid: str) -> str:
 
 def legend_above(axes: Axes) -> None:
     """Above the plot, where it hides no data, in as many columns as the picture is wide for."""
-    room = 0.84 * SIZE[0] * axes.figure.dpi  # the rest stands left of the axes
+    room = 0.8 * SIZE[0] * axes.figure.dpi  # the rest stands left of the axes
     handles, texts = axes.get_legend_handles_labels()
     texts = [textwrap.fill(text, WIDEST_LABEL) for text in texts]
     for columns in range(min(4, len(texts)), 0, -1):

@@ -13,6 +13,7 @@ import pytest
 from tavelo_tools import read_run
 from tavelo_tools.downsample import downsample, downsample_band
 from tavelo_tools.fits import fit_hill_hyperbola, fit_hill_pca, hill_pca, intercept
+from tavelo_tools.loops import cycles, settled
 from tavelo_tools.noticed import notices
 from tavelo_tools.plots import MOST_SNAPSHOTS, plots_of_run
 from tavelo_tools.quantities import QUANTITIES, Curve
@@ -51,7 +52,9 @@ def test_states_are_shares_of_all_and_counts_of_bound_heads(made_run: Path) -> N
         [0.0, 30.0, 40.0, 80.0],
     ]
     assert [curve.label for curve in curves(made_run, "all_heads")] == ["0 detached", "1 attached"]
-    assert curves(made_run, "bound_heads")[1].values.tolist() == [0.0, 1.5, 2.0, 4.0]
+    bound = curves(made_run, "bound_heads")
+    assert bound[1].values.tolist() == [0.0, 1.5, 2.0, 4.0]
+    assert [curve.label for curve in bound] == ["0 detached", "1 attached"]
 
 
 def test_passes_and_residuals_are_those_of_the_steps(made_run: Path) -> None:
@@ -62,6 +65,36 @@ def test_passes_and_residuals_are_those_of_the_steps(made_run: Path) -> None:
     first, last = curves(made_run, "residuals")
     assert first.values.tolist() == [9.0, 8.0, 7.0]
     assert last.values.tolist() == [0.5, 8.0, 0.25]
+
+
+    (made_run / "convergence_data.csv").write_text("0.1,1,0,0,0,0,0,0,0,0,0,1,0,2,0\n" * 2)
+    assert curves(made_run, "residuals") == []
+
+
+def test_the_protocol_stands_beside_the_response(made_run: Path) -> None:
+    (made_run / "protocol.dat").write_text("0 0.1 0 1 -20 1\n0.2 0.1 1 0 150\n0.3 0.1 0 0 0\n")
+    length, force = (curves(made_run, key)[-1] for key in ("length", "force"))
+    assert length.values == pytest.approx([-1.0, -3.0, np.nan], nan_ok=True)
+    assert force.values == pytest.approx([np.nan, np.nan, 150.0], nan_ok=True)
+    page = make_page(read_run(made_run), [])
+    assert "<pre>0 0.1 0 1 -20 1\n0.2 0.1 1 0 150\n" in page
+
+
+@pytest.mark.parametrize("table", [False, True])
+def test_the_work_of_a_loop(made_run: Path, table: bool) -> None:
+    time = np.arange(0.0, 2.5, 0.001)[1:]
+    phase = 2 * np.pi * time / 0.5
+    row = "0 0.001 0 2 4 2 10 0" if not table else "0 0.001 0 999 length.txt"
+    (made_run / "protocol.dat").write_text(f"{row}\n2.499 1 0 0 0\n")
+    np.savetxt(made_run / "length.txt", np.column_stack([time, 10 + 4 * np.sin(phase)]))
+    force = 100 - 30 * np.cos(phase) + 1e-9
+    rows = np.column_stack([time, force, 0 * time, 0 * time, 0 * time])
+    np.savetxt(made_run / "result.csv", rows, delimiter=",", header="heading")
+    found = cycles(read_run(made_run))
+    assert len(found) >= 3
+    # An ellipse of half axes 4 nm and 30 pN, run through so that force is high in shortening.
+    work = [cycle.work for cycle in settled(found)]
+    assert work == pytest.approx([np.pi * 4 * 30] * len(work), rel=0.01)
 
 
 def test_fewer_points_keep_the_extremes() -> None:
