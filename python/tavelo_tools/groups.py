@@ -2,9 +2,10 @@
 
 import textwrap
 from collections import Counter
-from collections.abc import Iterator
+from collections.abc import Sequence
 from dataclasses import dataclass
 
+import numpy as np
 import pandas as pd
 
 from .listing import read_parameter_file
@@ -83,22 +84,27 @@ def _plain(value: str) -> str:
         return value
 
 
-def group(runs: list[Run]) -> tuple[list[Group], list[Run]]:
+def condition_labels(runs: Sequence[Run]) -> list[str]:
+    """For each run what its conditions set differently from the others', its seed apart."""
+    keys = [frozenset(conditions(run).items()) for run in runs]
+    firsts = {key: run for key, run in reversed(list(zip(keys, runs)))}
+    ordered = [firsts[key] for key in dict.fromkeys(keys)]
+    names = dict(zip(dict.fromkeys(keys), _labels(ordered)))
+    return [names[key] for key in keys]
+
+
+def group(runs: Sequence[Run]) -> tuple[list[Group], list[Run]]:
     """Runs under the same conditions together, in the order of the first of each; and those that
     repeat a seed: counted twice they would narrow the band."""
-    by_conditions: dict[frozenset[tuple[tuple[str, str], str]], dict[str, Run]] = {}
+    members: dict[str, dict[str, Run]] = {}
     repeated = []
-    for run in runs:
-        members = by_conditions.setdefault(frozenset(conditions(run).items()), {})
-        if seed(run) in members:
+    for label, run in zip(condition_labels(runs), runs):
+        if members.setdefault(label, {}).setdefault(seed(run), run) is not run:
             repeated.append(run)
-        else:
-            members[seed(run)] = run
-    members = [tuple(of_seed.values()) for of_seed in by_conditions.values()]
-    return [Group(*pair) for pair in zip(labels([m[0] for m in members]), members)], repeated
+    return [Group(label, tuple(found.values())) for label, found in members.items()], repeated
 
 
-def differences(runs: list[Run]) -> pd.DataFrame:
+def differences(runs: Sequence[Run]) -> pd.DataFrame:
     """Listed and set parameters in which runs differ: section, name, and a column for each run,
     numbered from 0. What a run does not have is empty."""
     return _differing([_without_rows(_listed(run)) | conditions(run) for run in runs])
@@ -116,32 +122,48 @@ def _differing(settings: list[Settings]) -> pd.DataFrame:
     return table[table[list(range(len(settings)))].nunique(axis="columns") > 1]
 
 
-def labels(runs: list[Run]) -> list[str]:
+def varied(runs: Sequence[Run], by_all: bool = True) -> dict[str, list[str]]:
+    """Parameters in which runs differ, such as "f1", with the value of each run; those that tell most
+    runs apart first. Of the files, or of the listing where these agree. `by_all`: only those that
+    every run has; otherwise the value is empty for a run that doesn't."""
+    for settings in ([conditions(run) for run in runs], [_listed(run) for run in runs]):
+        table = _differing(settings)
+        columns = list(range(len(runs)))
+        table = table[table["name"] != "content"]
+        known = table[columns].replace("", np.nan)
+        table = table[known.notna().all(axis=1) if by_all else known.nunique(axis=1) > 1]
+        # Slow and fast heads, say, with the same value: once. With several values: by their file.
+        table = table.drop_duplicates(["name", *columns])
+        order = (-table[columns].nunique(axis="columns")).sort_values(kind="stable").index
+        if len(order):
+            several = {name for name, times in Counter(table["name"]).items() if times > 1}
+            return {
+                _named(section, name, several): values
+                for section, name, *values in table.loc[order].itertuples(index=False)
+            }
+    return {}
+
+
+def _named(section: str, name: str, several: set[str]) -> str:
+    file = section.split(",")[0].removesuffix(".prm").removesuffix(".dat")
+    return f"{file} {name}" if name in several or name.startswith("row ") else name
+
+
+def _labels(runs: list[Run]) -> list[str]:
     """What tells each run from the others, such as "f1 = 8, g1 = 15"; its name where nothing does."""
-    if len(runs) < 2:
-        return [run.name for run in runs]
-    for known in ([conditions(run) for run in runs], [_listed(run) for run in runs]):
-        found = [", ".join(parts) for parts in zip(*_parts(_differing(known), len(runs)))]
-        if found and len(set(found)) == len(runs):
-            return found
     names = [run.name for run in runs]
+    if len(runs) < 2:
+        return names
+    for by_all in (True, False):
+        found = list(varied(runs, by_all).items())
+        labels = [_label([(name, values[i]) for name, values in found]) for i in range(len(runs))]
+        if len(set(labels)) == len(labels):
+            return labels
     return names if len(set(names)) == len(names) else [str(run.directory) for run in runs]
 
 
-def _parts(table: pd.DataFrame, count: int) -> Iterator[list[str]]:
-    """Of the first parameters that all runs have, "name = value" for each run."""
-    columns = list(range(count))
-    whole = table[(table[columns] != "").all(axis="columns") & (table["name"] != "content")]
-    # Slow and fast heads, say, with the same value: once. With several values: by their file.
-    whole = whole.drop_duplicates(["name", *columns])
-    # Those that tell most runs apart come first.
-    whole = whole.sort_values(by="name", key=lambda _: -whole[columns].nunique(axis=1), kind="stable")
-    several = {name for name, times in Counter(whole["name"]).items() if times > 1}
-    for number, row in enumerate(whole.itertuples(index=False)):
-        section, name, *values = row
-        if number == LONGEST:
-            yield ["..."] * count
-            return
-        file = section.split(",")[0].removesuffix(".prm").removesuffix(".dat")
-        named = f"{file} {name}" if name in several or name.startswith("row ") else name
-        yield [f"{named} = {textwrap.shorten(value, 40, placeholder='...')}" for value in values]
+def _label(settings: list[tuple[str, str]]) -> str:
+    parts = [
+        f"{name} = {textwrap.shorten(value, 40, placeholder='...')}" for name, value in settings if value
+    ]
+    return ", ".join(parts[:LONGEST] + ["..."] * (len(parts) > LONGEST))

@@ -63,9 +63,16 @@ def _entry(name: str, value: str) -> list[str]:
 
 
 def value_of(parameters: pd.DataFrame, name: str) -> str | None:
-    """The value of the first listed parameter of that name."""
-    found = parameters.loc[parameters["name"] == name, "value"]
+    """The value of the first parameter of that name; "random_seed" finds "Random Seed", too."""
+    names = parameters["name"].astype(str)
+    found = parameters.loc[names == name, "value"]
+    if found.empty:
+        found = parameters.loc[names.map(_plain) == _plain(name), "value"]
     return None if found.empty else str(found.iloc[0])
+
+
+def _plain(name: str) -> str:
+    return re.sub(r"[\W_]", "", name).lower()
 
 
 def read_parameter_file(path: Path) -> pd.DataFrame:

@@ -7,6 +7,8 @@ import numpy as np
 
 from .numbers import read_numbers, read_text
 
+__all__ = ["Row", "course", "course_of_mode", "end_time", "read_protocol"]
+
 LENGTH, FORCE = 0, 1  # modes: what is prescribed
 CONSTANT, RAMP, SINE, TWITCH, FROM_PRESENT, LOG_NORMAL, TABLE = 0, 1, 2, 3, 4, 5, 999
 

@@ -11,9 +11,10 @@ exception: its table is empty, and `problems` says why.
 """
 
 import re
-from collections.abc import Callable, Iterator, Mapping
+from collections.abc import Callable, Iterable, Iterator, Mapping
 from dataclasses import dataclass
 from pathlib import Path
+from typing import TYPE_CHECKING
 
 import numpy as np
 import pandas as pd
@@ -22,6 +23,8 @@ from . import listing, tables
 from .numbers import read_numbers, read_text
 from .tables import BY_KEY, STATE_NAMES, TABLES, Table
 
+if TYPE_CHECKING:
+    import xarray
 
 # Tables whose rows are joined with others by the number of their line.
 LINES_COUNT = ("result", "bound_states")
@@ -60,22 +63,46 @@ class Run(Mapping[str, pd.DataFrame]):
 
     def __getitem__(self, key: str) -> pd.DataFrame:
         if key not in BY_KEY:
-            raise KeyError(key)
+            raise KeyError(f"no table {key!r}; those that a run can have: {', '.join(BY_KEY)}")
         if key not in self._frames:
             self._frames[key] = self._read(BY_KEY[key])
         return self._frames[key]
 
+    def __contains__(self, key: object) -> bool:
+        return key in self.files
+
+    def __repr__(self) -> str:
+        return f"<Run {str(self.directory)!r}: {len(self)} tables, {len(self['result'])} steps>"
+
     def unit(self, key: str, column: str) -> str:
-        """The unit of a column, empty for plain numbers."""
+        """The unit of a column, empty for plain numbers. KeyError for a table that isn't known."""
+        if key not in BY_KEY:
+            raise KeyError(f"no table {key!r}; those that a run can have: {', '.join(BY_KEY)}")
         return BY_KEY[key].unit(column)
 
     def parameter(self, name: str) -> str | None:
-        """A value of the listing, the first of that name."""
-        return listing.value_of(self["parameters"], name)
+        """A value by the name that the listing or a parameter file has for it, "Random Seed" or
+        "random_seed": the first that is listed, else the first that is set in the files as they stand
+        now. None if neither knows it."""
+        listed = listing.value_of(self["parameters"], name)
+        return listing.value_of(self.input_parameters, name) if listed is None else listed
+
+    def to_xarray(self, tables: Iterable[str] | None = None) -> "xarray.Dataset":
+        """The run as a data set of xarray, with units as attributes of the variables.
+
+        Columns of `result` keep their names on the dimension `time`; those of other tables have the
+        table's name before theirs (`events_attachments`), numbered ones become one variable with a
+        second dimension (`head_states`). Tables with other times have a time of their own
+        (`time_bound_states`), those in which times repeat a dimension of their own name. Listings are
+        attributes in JSON. `tables` are the keys to take; by default all but `integral`, which is
+        large. RunError if xarray is not installed, KeyError for a table that isn't known."""
+        from .dataset import to_xarray
+
+        return to_xarray(self, tables)
 
     @property
     def state_names(self) -> tuple[str, ...]:
-        """Names of the kinetic states; empty for a model that isn't known here."""
+        """Names of the kinetic states, by their numbers; empty for a model that isn't known here."""
         return STATE_NAMES.get(self.parameter("Model") or "", ())
 
     @property

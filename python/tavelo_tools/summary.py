@@ -4,7 +4,7 @@ from collections.abc import Sequence
 
 import pandas as pd
 
-from .groups import Group, differences
+from .groups import Group, varied
 from .noticed import last_time
 from .read import Run
 
@@ -50,13 +50,10 @@ def summary(groups: Sequence[Group]) -> pd.DataFrame:
 
 def with_settings(table: pd.DataFrame, groups: Sequence[Group]) -> pd.DataFrame:
     """The same with a column for each parameter that differs, to sort and to draw by."""
-    differing = differences([group.runs[0] for group in groups])
-    by_label = {group.label: number for number, group in enumerate(groups)}
-    numbers = table["condition"].map(by_label)
+    names = [group.label for group in groups]
     added = {
-        f"{row['section']}: {row['name']}": numbers.map(row)
-        for _, row in differing.iterrows()
-        if row["name"] != "content"
+        name: table["condition"].map(dict(zip(names, values)))
+        for name, values in varied([group.runs[0] for group in groups]).items()
     }
     return pd.concat([table, pd.DataFrame(added, index=table.index)], axis="columns")
 

@@ -63,7 +63,7 @@ def test_the_table_and_its_file(series: Series, tmp_path: Path) -> None:
     assert forces.loc["f1 = 8", ["mean", "n"]].tolist() == pytest.approx([7.2, 3])
     assert forces.loc["f1 = 8", "sd"] == pytest.approx((80.64 / 2) ** 0.5)
     assert np.isnan(forces.loc["f1 = 10", "sd"])
-    assert forces["model_huxley_fast.prm, huxley: f1"].tolist() == [8, 10]
+    assert forces["f1"].tolist() == [8, 10]
     page = (tmp_path / "compare.html").read_text()
     assert "<td>7.2 \u00b1 6.3</td>" in page and "f1 = 8 (n = 3)" in page
 

@@ -12,7 +12,6 @@ import numpy as np
 import pytest
 from tavelo_tools import read_run
 from tavelo_tools.downsample import downsample, downsample_band
-from tavelo_tools.fits import fit_hill_hyperbola, fit_hill_pca, hill_pca, intercept
 from tavelo_tools.loops import cycles, settled
 from tavelo_tools.noticed import notices
 from tavelo_tools.plots import MOST_SNAPSHOTS, plots_of_run
@@ -107,21 +106,6 @@ def test_fewer_points_keep_the_extremes() -> None:
     assert few_x[few_y.argmax()] == x[54_321]
     where, low, high = downsample_band(x, y - 1, y + 1)
     assert (low.min(), high.max()) == (-100.0, 100.0) and len(where) <= 700
-
-
-def test_fits_find_the_curves_they_are_given() -> None:
-    pca = np.linspace(7.0, 4.5, 9)
-    assert hill_pca(5.7, 300.0, 5.7, 2.5) == 150.0
-    force = 300.0 * 10 ** (-2.5 * pca) / (10 ** (-2.5 * pca) + 10 ** (-2.5 * 5.7))
-    assert list(fit_hill_pca(pca, force).values.values()) == pytest.approx([300.0, 5.7, 2.5])
-    speed = np.linspace(0.0, 900.0, 8)
-    # Hill's hyperbola solved for the force: (F + a) (v + a v0) = (1 + a) a v0.
-    relative = 1.3 * 0.3 * 1000.0 / (speed + 0.3 * 1000.0) - 0.3
-    fit = fit_hill_hyperbola(speed, relative)
-    assert fit.values == pytest.approx({"v0": 1000.0, "a/F0": 0.3})
-    assert intercept([-4.0, -2.0, 0.0], [0.5, 0.75, 1.0]) == pytest.approx(-8.0)
-    with pytest.raises(ValueError, match="too few"):
-        fit_hill_pca([6.0, 5.0], [1.0, 2.0])
 
 
 # What is noticed
@@ -233,17 +217,3 @@ def test_many_snapshots_become_a_map(made_run: Path) -> None:
         (made_run / f"distributions_{number}.csv").write_text(f"X,Stiffness,Force,Energy,State\n{rows}")
     run = read_run(made_run)
     assert "Snapshot at time [s]" in make_page(run, plots_of_run(run))
-
-
-def test_tables_of_the_documentation_and_of_the_code_agree() -> None:
-    """Every table that read_run knows is in docs/reports.md, with its columns."""
-    from tavelo_tools.tables import TABLES
-
-    text = (Path(__file__).resolve().parents[2] / "docs" / "reports.md").read_text()
-    rows = {row.split("`")[1]: row for row in text.splitlines() if row.startswith("| `")}
-    assert set(rows) == {table.key for table in TABLES}
-    for table in TABLES:
-        lost = [name for name in table.columns if f"`{name.rstrip('_')}" not in rows[table.key]]
-        assert not lost, (table.key, lost)
-
-
