@@ -228,7 +228,7 @@ class _Measure:
 
 
 MEASURES = (
-    _Measure("bonds", "x", "Strain of bonds", "Strain without the lever [nm]",
+    _Measure("bonds", "strain", "Strain of bonds", "Strain without the lever [nm]",
              "From head to site, before the movement of the lever."),
     _Measure("bonds", "force", "Force of bonds", "Force [pN]", "With the lever."),
     _Measure("bonds", "energy", "Energy of bonds", "Energy [pN nm]", "With the lever."),

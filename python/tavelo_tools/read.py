@@ -129,6 +129,8 @@ class Run(Mapping[str, pd.DataFrame]):
             frame = pd.concat(filled) if len(filled) > 1 else filled[0]
         if table.key not in LINES_COUNT:
             frame = frame.reset_index(drop=True)
+        if table.key == "bonds":
+            frame = self._in_space(frame)
         frame.attrs["units"] = {name: table.unit(str(name)) for name in frame.columns}
         return frame
 
@@ -154,12 +156,13 @@ class Run(Mapping[str, pd.DataFrame]):
             if not table.may_be_empty:
                 self._problem(path.name, "holds no rows")
             return rows
-        added = 0 if table.key != "head_states" and not table.is_snapshot else 1
+        added = 2 if table.is_snapshot else 1 if table.key == "head_states" else 0
         rows.columns = pd.Index(table.names(rows.shape[1] + added)[added:])
         if table.key == "rates":
             rows.columns = pd.Index(_named_by_heading(path, rows))
         if table.is_snapshot:
             rows.insert(0, "time", _snapshot_time(table, path))
+            rows.insert(1, "bond", rows.index)
         return rows
 
     def _read_listing(self, table: Table, path: Path) -> pd.DataFrame:
@@ -273,6 +276,17 @@ class Run(Mapping[str, pd.DataFrame]):
         frame = frame[frame.index.isin(times.index)]
         frame.insert(0, "time", times.reindex(frame.index))
         return frame.reset_index(drop=True)
+
+    def _in_space(self, bonds: pd.DataFrame) -> pd.DataFrame:
+        """Bonds with their sites and heads, which stand in the same rows of files of their own."""
+        key = ["time", "bond"]
+        sites = self["xray"].rename(columns={"force": "force_of_site"}).drop_duplicates(key)
+        heads = self["places"].drop_duplicates(key)
+        joined = bonds.merge(sites, "left", key).merge(heads, "left", key)
+        if ((joined["force"] - joined["force_of_site"]).abs() > 1e-6).any():
+            self._problem("x_ray_data_T.csv", "not of the same snapshots as distributions_T.csv")
+        joined["x_head"] = joined["x"] - joined["strain"]
+        return joined.reindex(columns=list(BY_KEY["bonds"].columns))
 
     def _last_run(self, table: Table, frame: pd.DataFrame) -> pd.DataFrame:
         """Without the rows of earlier runs in the directory: time starts anew with each run."""

@@ -12,12 +12,38 @@ from .listing import LISTING_COLUMNS
 Columns = dict[str, str]
 
 STATES: Columns = {"state_": "heads"}  # a name that ends in "_" is numbered from 0 on
+# Of "distributions_T.csv", then what is joined from the other two files of a snapshot.
 BOND: Columns = {
-    "x": "nm",
+    "strain": "nm",
     "stiffness": "pN/nm",
     "force": "pN",
     "energy": "pN nm",
     "state": "",
+    "filament": "",
+    "fibre": "",
+    "strand": "",
+    "site": "",
+    "x_rest": "nm",
+    "x": "nm",
+    "y": "nm",
+    "z": "nm",
+    "x_head": "nm",
+    "y_head": "nm",
+    "z_head": "nm",
+    "head": "",
+    "crown": "",
+    "head_in_crown": "",
+    "kind": "",
+}
+PLACE: Columns = {
+    "head": "",
+    "crown": "",
+    "head_in_crown": "",
+    "kind": "",
+    "y_head": "nm",
+    "z_head": "nm",
+    "y": "nm",
+    "z": "nm",
 }
 XRAY: Columns = {
     "filament": "",
@@ -158,14 +184,20 @@ TABLES = (
     Table(
         "bonds",
         r"distributions_(.+)\.csv",
-        "strain, stiffness, force, energy and state of every bond at a snapshot",
-        {"time": "time", **BOND},
+        "every bond at a snapshot: its strain, force and state, joined with its two ends in space",
+        {"time": "time", "bond": "", **BOND},
     ),
     Table(
         "xray",
         r"x_ray_data_(.+)\.csv",
         "site, coordinates and force of every bond at a snapshot",
-        {"time": "time", **XRAY},
+        {"time": "time", "bond": "", **XRAY},
+    ),
+    Table(
+        "places",
+        r"bonds_(.+)\.csv",
+        "head of every bond at a snapshot, and where both ends stand seen end-on",
+        {"time": "time", "bond": "", **PLACE},
     ),
     Table(
         "sites",

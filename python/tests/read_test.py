@@ -70,7 +70,8 @@ def test_snapshots_come_in_the_order_of_their_times(made_run: Path) -> None:
         text = f"X,Stiffness,Force,Energy,State\n{time},1.7,3.4,3.4,1\n"
         (made_run / f"distributions_{time}.csv").write_text(text)
     bonds = read_run(made_run)["bonds"]
-    assert bonds["time"].tolist() == bonds["x"].tolist() == [0.5, 2.0, 10.0]
+    assert bonds["time"].tolist() == bonds["strain"].tolist() == [0.5, 2.0, 10.0]
+    assert bonds["crown"].isna().all()  # only bonds_T.csv tells
 
 
 def test_sites_and_rigid_chains(made_run: Path) -> None:
@@ -101,7 +102,13 @@ def test_a_real_run_is_read_whole(real_run: Path) -> None:
     bonds = run["bonds"].groupby("time").size() / 10
     at = run["result"].set_index("time")["bound_heads"]
     assert bonds.to_dict() == pytest.approx({0.002: at.iloc[19], 0.003: at.iloc[29]})
-    assert np.allclose(run["bonds"]["force"], run["xray"]["force"])
+    bonds = run["bonds"]
+    assert np.allclose(bonds["force"], run["xray"]["force"])
+    # Crowns are 14.3 nm apart from 125 nm on, and move by little; a head holds one site.
+    assert ((bonds["x_head"] - 125) / 14.3).round().tolist() == bonds["crown"].tolist()
+    assert not bonds.duplicated(["time", "filament", "head"]).any()
+    # From a head 7 nm off the axis to a site 3.5 nm off an axis 30 nm away.
+    assert np.hypot(bonds["y"] - bonds["y_head"], bonds["z"] - bonds["z_head"]).between(19.4, 26).all()
 
 
 @pytest.mark.parametrize("name, told", [("nowhere", "no such directory"), ("file", "not a directory"),

@@ -3,10 +3,13 @@
 #include <limits>
 
 #include "base/parameter_file.h"
+#include "lattice/geometry_tools.h"
 #include "records/filament_data.h"
 
 void Geometry::get_binding_sites(FilamentData const&, MyosinHead_s const&,
                                  std::vector<BindingSite_s>&) const {}
+
+std::optional<BondEnds_s> Geometry::bond_ends(MyosinHead_s const&) const { return std::nullopt; }
 
 double Geometry::weight_bound(FilamentData const&, MyosinHead_s const&) const {
   return std::numeric_limits<double>::infinity();

@@ -7,6 +7,7 @@
 /// not change while it runs.
 
 #include <initializer_list>
+#include <optional>
 #include <string>
 #include <valarray>
 #include <vector>
@@ -14,6 +15,7 @@
 #include "base/factory.h"
 
 struct BindingSite_s;
+struct BondEnds_s;
 struct FilamentData;
 struct MyosinHead_s;
 class ParameterSection;
@@ -48,6 +50,10 @@ class Geometry {
   /// How many sites of a fibre fit into a head's reach when neighbours stand at least `spacing` nm
   /// apart.
   unsigned most_sites_in_reach(double spacing) const;
+
+  /// Where the ends of a bound head's bond stand seen end-on; nothing where a lattice has no
+  /// angles or, like "Tolen", no distances.
+  virtual std::optional<BondEnds_s> bond_ends(MyosinHead_s const& head) const;
 
   /// Lays out fibres, nodes and heads of a new filament. Draws random numbers where heads or
   /// filament lengths are distributed.

@@ -17,6 +17,8 @@ constexpr char const* parameter_file = "geom_flight.prm";
 constexpr unsigned crown_classes = 2;
 constexpr unsigned heads_per_crown = 4;
 constexpr unsigned thin_filaments = 3;
+/// Of the bearing of a site in the steric weight.
+constexpr double bearing_factor = 3.0;
 
 /// Centre of a thin filament at distance d, the thick filament's being the origin.
 Point2 actin_centre(unsigned fibre, unsigned crown, double d) {
@@ -83,17 +85,20 @@ void GeometryFlight::get_parameters(dealii::ParameterHandler& handler) {
 
 // Steric weights
 
+double GeometryFlight::site_azimuth(unsigned site) const {
+  return site % actin_period * 2.0 * M_PI / actin_period;
+}
+
 EndOnView_s GeometryFlight::end_on(unsigned head, unsigned crown, unsigned site, unsigned fibre,
                                    unsigned face) const {
   constexpr double head_azimuths[] = {0.0, M_PI_2, 0.0, M_PI_2};
   constexpr double crown_azimuths[] = {0.0, -M_PI_4};
   constexpr double faces[][heads_per_crown] = {{0.0, M_PI, M_PI, 0.0}, {M_PI, 0.0, 0.0, M_PI}};
 
-  double const phi = site % actin_period * 2.0 * M_PI / actin_period;
   Point2 const actin = actin_centre(fibre, crown, d_actin_myosin);
   return {actin[0],
           actin[1],
-          phi + faces[face][head],
+          site_azimuth(site) + faces[face][head],
           head_azimuths[head] + crown_azimuths[crown],
           {radius_actin, radius_myosin}};
 }
@@ -101,7 +106,7 @@ EndOnView_s GeometryFlight::end_on(unsigned head, unsigned crown, unsigned site,
 void GeometryFlight::get_angles(unsigned head, unsigned crown, unsigned site, unsigned fibre,
                                 std::vector<BindingSite_s>& out) const {
   for (unsigned const face : {0u, 1u}) {
-    auto const weight = steric_weight(end_on(head, crown, site, fibre, face), 3.0);
+    auto const weight = steric_weight(end_on(head, crown, site, fibre, face), bearing_factor);
     if (weight) out.push_back({*weight, site, fibre});
   }
 }
@@ -129,6 +134,16 @@ void GeometryFlight::get_binding_sites(FilamentData const& data, MyosinHead_s co
       if (k_on_factor > 0.0) candidates.push_back({weight * k_on_factor, site, fibre});
     });
   }
+}
+
+std::optional<BondEnds_s> GeometryFlight::bond_ends(MyosinHead_s const& head) const {
+  unsigned const number = head.number_in_crown();
+  auto const view_of = [&](unsigned face) {
+    return end_on(number, head.crown_class(), head.actin_site, head.actin_fibre, face);
+  };
+  // A bond is to the face that the head sees; the other is half a turn on.
+  unsigned const face = steric_weight(view_of(0), bearing_factor) ? 0 : 1;
+  return ends_in_muscle(view_of(face), site_azimuth(head.actin_site) + face * M_PI);
 }
 
 // Layout

@@ -31,6 +31,7 @@ class GeometryFlight : public Geometry {
   void get_binding_sites(FilamentData const& data, MyosinHead_s const& head,
                          std::vector<BindingSite_s>& candidates) const override;
   double weight_bound(FilamentData const& data, MyosinHead_s const& head) const override;
+  std::optional<BondEnds_s> bond_ends(MyosinHead_s const& head) const override;
   void initialize_filament(FilamentData& data) const override;
 
   /// Places one head against a face, 0 or 1, of a site.
@@ -48,6 +49,9 @@ class GeometryFlight : public Geometry {
                          std::vector<BindingSite_s>& out, double factor) const;
 
  private:
+  /// Azimuth of a site's first face.
+  double site_azimuth(unsigned site) const;
+
   double radius_actin = 0.0;
   double radius_myosin = 0.0;
   double d_actin_myosin = 0.0;

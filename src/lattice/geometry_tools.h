@@ -29,6 +29,18 @@ struct EndOnView_s {
   GeometryParameters_s radii;
 };
 
+/// Where the two ends of a bond stand seen end-on, the thick filament's axis being the origin [nm].
+struct BondEnds_s {
+  double head_y;
+  double head_z;
+  double site_y;
+  double site_z;
+};
+
+/// The ends in the muscle's own frame, in which a site's azimuth is `site_azimuth`: a view is
+/// turned to the thin filaments that its head looks at.
+BondEnds_s ends_in_muscle(EndOnView_s const& view, double site_azimuth);
+
 /// The angle shifted by full turns into the range above -pi up to and including pi.
 double normalise_angle(double angle);
 

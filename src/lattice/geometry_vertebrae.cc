@@ -220,6 +220,12 @@ void GeometryVertebrae::get_binding_sites(FilamentData const& data, MyosinHead_s
   }
 }
 
+std::optional<BondEnds_s> GeometryVertebrae::bond_ends(MyosinHead_s const& head) const {
+  EndOnView_s const view =
+      end_on(head.number_in_crown(), head.crown_class(), head.actin_site, head.actin_fibre);
+  return ends_in_muscle(view, get_actin_angle(head.actin_site));
+}
+
 // Layout
 
 void GeometryVertebrae::initialize_filament(FilamentData& data) const {

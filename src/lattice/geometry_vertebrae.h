@@ -32,6 +32,7 @@ class GeometryVertebrae : public Geometry {
   void get_binding_sites(FilamentData const& data, MyosinHead_s const& head,
                          std::vector<BindingSite_s>& candidates) const override;
   double weight_bound(FilamentData const& data, MyosinHead_s const& head) const override;
+  std::optional<BondEnds_s> bond_ends(MyosinHead_s const& head) const override;
   void initialize_filament(FilamentData& data) const override;
 
   /// Chains 0 and 1 are the even and odd sites of fibre 1, chains 2 and 3 those of fibre 2.

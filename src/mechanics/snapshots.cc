@@ -5,6 +5,8 @@
 
 #include "base/output_file.h"
 #include "elastic/XB_Models.h"
+#include "lattice/geometry.h"
+#include "lattice/geometry_tools.h"
 #include "mechanics/filament_array.h"
 
 namespace {
@@ -15,13 +17,27 @@ std::string name_at(char const* stem, double time) {
   return name.str();
 }
 
+/// Which head holds the bond, counted from 0, and where its ends stand seen end-on [nm]; the row
+/// ends before these where the lattice doesn't say.
+void write_place(FILE* file, Filament const& filament, MyosinHead_s const& head) {
+  auto const number = &head - filament.data.heads.data();
+  std::fprintf(file, "%d,%u,%u,%u", static_cast<int>(number), head.node - 1, head.number_in_crown(),
+               static_cast<unsigned>(head.kind()));
+  if (auto const ends = filament.get_geometry()->bond_ends(head)) {
+    std::fprintf(file, ",%lf,%lf,%lf,%lf", ends->head_y, ends->head_z, ends->site_y, ends->site_z);
+  }
+  std::fputc('\n', file);
+}
+
 }  // namespace
 
 void write_snapshots(FilamentArray const& filaments, double time) {
   OutputFile const distributions(name_at("distributions_", time), "wt");
   OutputFile const xray(name_at("x_ray_data_", time), "wt");
+  OutputFile const places(name_at("bonds_", time), "wt");
   std::fprintf(distributions.get(), "X,Stiffness,Force,Energy,State\n");
   std::fprintf(xray.get(), "Filament, Actin, Strained, Node, InitCoordinate, Coordinate, Force\n");
+  std::fprintf(places.get(), "Head,Crown,HeadInCrown,Kind,HeadY,HeadZ,SiteY,SiteZ\n");
   for (std::size_t f = 0; f < filaments.size(); ++f) {
     Filament const& filament = filaments[f];
     FilamentData const& data = filament.data;
@@ -37,8 +53,10 @@ void write_snapshots(FilamentArray const& filaments, double time) {
                    static_cast<int>(h.actin_fibre), static_cast<int>(h.actin_site & 1u),
                    static_cast<int>(h.actin_site), data.x[h.actin_fibre][h.actin_site],
                    data.position(h.actin_fibre)[h.actin_site], F);
+      write_place(places.get(), filament, h);
     }
   }
   distributions.flush();
   xray.flush();
+  places.flush();
 }

@@ -28,6 +28,12 @@ TEST(Snapshots, SnapshotsOfBonds) {
             "0,1,1,5,25.000000,25.000000,-1.500000\n"
             "1,2,1,9,45.000000,45.500000,31.250000\n"
             "1,1,0,12,60.000000,60.500000,0.400000\n");
+  // The heads, counted from 0, in crowns of three.
+  auto const places = read_lines("bonds_0.7.csv");
+  ASSERT_EQ(places.size(), 4u);
+  EXPECT_EQ(places[1].substr(0, 8), "3,1,0,0,");
+  EXPECT_EQ(places[2].substr(0, 8), "7,2,1,1,");
+  EXPECT_EQ(places[3].substr(0, 9), "13,4,1,2,");
 }
 
 // As many rows as heads that hold, though the first entries may be pending.
