@@ -280,9 +280,13 @@ class Run(Mapping[str, pd.DataFrame]):
     def _in_space(self, bonds: pd.DataFrame) -> pd.DataFrame:
         """Bonds with their sites and heads, which stand in the same rows of files of their own."""
         key = ["time", "bond"]
-        sites = self["xray"].rename(columns={"force": "force_of_site"}).drop_duplicates(key)
-        heads = self["places"].drop_duplicates(key)
-        joined = bonds.merge(sites, "left", key).merge(heads, "left", key)
+        own = bonds.reindex(columns=[*key, *tables.STRAINED])
+        sites, heads = (
+            self[name].reindex(columns=list(BY_KEY[name].columns)).drop_duplicates(key)
+            for name in ("xray", "places")
+        )
+        sites = sites.rename(columns={"force": "force_of_site"})
+        joined = own.merge(sites, "left", key).merge(heads, "left", key)
         if ((joined["force"] - joined["force_of_site"]).abs() > 1e-6).any():
             self._problem("x_ray_data_T.csv", "not of the same snapshots as distributions_T.csv")
         joined["x_head"] = joined["x"] - joined["strain"]

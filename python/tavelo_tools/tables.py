@@ -12,13 +12,15 @@ from .listing import LISTING_COLUMNS
 Columns = dict[str, str]
 
 STATES: Columns = {"state_": "heads"}  # a name that ends in "_" is numbered from 0 on
-# Of "distributions_T.csv", then what is joined from the other two files of a snapshot.
-BOND: Columns = {
+STRAINED: Columns = {  # of "distributions_T.csv"
     "strain": "nm",
     "stiffness": "pN/nm",
     "force": "pN",
     "energy": "pN nm",
     "state": "",
+}
+BOND: Columns = {  # the same, with what is joined from the other two files of a snapshot
+    **STRAINED,
     "filament": "",
     "fibre": "",
     "strand": "",

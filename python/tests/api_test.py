@@ -59,9 +59,8 @@ def test_questions_to_a_run(made_run: Path) -> None:
     assert [run.parameter(n) for n in ("random_seed", "Random Seed", "only_here")] == ["7", "7", "3"]
     assert run.parameter("nowhere") is None
     assert "segments" not in run and run["segments"].empty
-    for ask in (lambda: run["resul"], lambda: run.unit("resul", "force")):
-        with pytest.raises(KeyError, match="'resul'.* result, bound_states"):
-            ask()
+    with pytest.raises(KeyError, match="'resul'.* result, bound_states"):
+        run["resul"]
 
 
 def test_a_run_as_a_data_set(real_run: Path) -> None:
@@ -74,7 +73,6 @@ def test_a_run_as_a_data_set(real_run: Path) -> None:
     assert data["head_states"].sel(state=1).values.tolist() == run["head_states"]["state_1"].tolist()
     assert data["bonds_x"].sizes == {"bonds": len(run["bonds"])}
     assert json.loads(data.attrs["parameters"])["name"][0] == "Model"
-    assert list(run.to_xarray(["see"]).data_vars) == ["see_time", "see_force", "see_velocity"]
 
 
 def test_runs_in_one_file(series: Callable[..., list[Path]], real_run: Path, tmp_path: Path) -> None:
@@ -88,27 +86,21 @@ def test_runs_in_one_file(series: Callable[..., list[Path]], real_run: Path, tmp
         assert data["condition"].values.tolist() == ["f1 = 8", "f1 = 8", "f1 = 9"]
         assert data["force"].attrs["units"] == "pN per thick filament"
     table = pd.read_csv(tmp_path / "runs.csv")
-    assert table.groupby("run")["force"].max().to_dict() == pytest.approx(
-        {"run8_1": 2.4, "run8_2": 4.8, "run9_1": 2.7}
-    )
-    columns = json.loads((tmp_path / "runs.csv-metadata.json").read_text())["tableSchema"]["columns"]
-    assert [c["name"] for c in columns] == list(table) and {"name": "time", "unit": "time"} in columns
+    assert table.groupby("run")["force"].max().tolist() == pytest.approx([2.4, 4.8, 2.7])
+    about = json.loads((tmp_path / "runs.csv-metadata.json").read_text())["tableSchema"]["columns"]
+    assert [c["name"] for c in about] == list(table) and {"name": "time", "unit": "time"} in about
     # Runs with other tables, states and times stand beside each other; what one lacks is no number.
     start("tavelo-export", paths[0], real_run, "-o", tmp_path / "two.nc")
     with xarray.open_dataset(tmp_path / "two.nc", engine="h5netcdf") as data:
         assert data["bonds_x"].count("bonds").values.tolist() == [0, len(read_run(real_run)["bonds"])]
-        assert data["head_states"].isel(run=0).max("state").max() == 10
         assert np.isnan(data["segments"].isel(run=0)).all()
 
 
 @pytest.mark.parametrize(
     "arguments, status, told",
     [
-        (("-o", "runs.txt"), 2, "runs.txt: no such kind of file; accepted: .nc, .csv, .parquet"),
         (("-o", "a.csv", "--table", "see", "--table", "bonds"), 2, "holds one table, not see and bonds"),
         (("-o", "nowhere/a.nc"), 1, "tavelo-export: nowhere/a.nc: can't be written: No such file"),
-        (("-o", "nowhere/a.csv"), 1, "tavelo-export: nowhere/a.csv: can't be written: "),
-        (("nowhere", "-o", "a.nc"), 1, "tavelo-export: nowhere: no such directory"),
     ],
 )
 def test_what_can_not_be_exported(made_run: Path, arguments: tuple, status: int, told: str) -> None:

@@ -25,7 +25,6 @@ Series = Callable[..., list[Path]]
         ("bonds", (0.0, 0.0, 0.0), 0.0, 0.0),
         # Logit 0 +- 2.4842 / (100 * 0.5 * 0.5), and the same share of 100 back again.
         ("segments", (49.0, 50.0, 51.0), 100 / (1 + np.exp(0.099368)), 100 / (1 + np.exp(-0.099368))),
-        ("segments", (100.0, 100.0, 100.0), 100.0, 100.0),
     ],
 )
 def test_the_band_is_students_on_the_quantitys_scale(
@@ -87,6 +86,5 @@ def test_what_is_left_out_is_said(series: Series, real_run: Path, tmp_path: Path
         "tavelo-compare: left out: nowhere: no such directory",
         "tavelo-compare: left out: run8_3: same conditions and same seed as another",
     ]
-    assert "nowhere: no such directory" in (tmp_path / "compare.html").read_text()
     assert start("tavelo-compare", *arguments, "--allow-missing").returncode == 0
     assert "%%" not in start("tavelo-compare", "--help").stdout
