@@ -96,14 +96,11 @@ def test_runs_in_one_file(series: Callable[..., list[Path]], real_run: Path, tmp
         assert np.isnan(data["segments"].isel(run=0)).all()
 
 
-@pytest.mark.parametrize(
-    "arguments, status, told",
-    [
-        (("-o", "a.csv", "--table", "see", "--table", "bonds"), 2, "holds one table, not see and bonds"),
-        (("-o", "nowhere/a.nc"), 1, "tavelo-export: nowhere/a.nc: can't be written: No such file"),
-    ],
-)
-def test_what_can_not_be_exported(made_run: Path, arguments: tuple, status: int, told: str) -> None:
-    result = start("tavelo-export", made_run, *arguments)
-    assert result.returncode == status
-    assert told in result.stderr and "Traceback" not in result.stderr
+def test_what_can_not_be_exported(made_run: Path) -> None:
+    two = ("-o", "a.csv", "--table", "see", "--table", "bonds")
+    for arguments, status, told in (
+        (two, 2, "a.csv: holds one table, not see and bonds"),
+        (("-o", "nowhere/a.nc"), 1, "nowhere/a.nc: can't be written: No such file or directory"),
+    ):
+        result = start("tavelo-export", made_run, *arguments)
+        assert (result.returncode, told in result.stderr) == (status, True)

@@ -17,24 +17,19 @@ from tavelo_tools.quantities import QUANTITIES, Curve
 Series = Callable[..., list[Path]]
 
 
-@pytest.mark.parametrize(
-    "key, values, low, high",
-    [  # t(0.975, 2) = 4.3027 from the tables; s = 1, n = 3: half width 2.4842
-        ("force", (1.0, 2.0, 3.0), 2 - 2.4842, 2 + 2.4842),
-        ("bonds", (1.0, 2.0, 3.0), 2 * np.exp(-2.4842 / 2), 2 * np.exp(2.4842 / 2)),
-        ("bonds", (0.0, 0.0, 0.0), 0.0, 0.0),
-        # Logit 0 +- 2.4842 / (100 * 0.5 * 0.5), and the same share of 100 back again.
-        ("segments", (49.0, 50.0, 51.0), 100 / (1 + np.exp(0.099368)), 100 / (1 + np.exp(-0.099368))),
-    ],
-)
-def test_the_band_is_students_on_the_quantitys_scale(
-    key: str, values: tuple[float, ...], low: float, high: float
-) -> None:
-    quantity = next(quantity for quantity in QUANTITIES if quantity.key == key)
-    curves = [Curve("", np.array([1.0]), np.array([value])) for value in values]
-    _, mean, found_low, found_high = mean_and_band(curves, quantity)
-    assert mean == pytest.approx(np.mean(values))
-    assert (found_low[0], found_high[0]) == pytest.approx((low, high), abs=1e-3)
+def test_the_band_is_students_on_the_quantitys_scale() -> None:
+    half = 4.3027 / 3**0.5  # t(0.975, 2) from the tables; s = 1, n = 3
+    slope = half / (100 * 0.5 * 0.5)  # of the logit of 50 in 100, which is 0
+    for key, middle, s, low, high in (
+        ("force", 2.0, 1.0, 2 - half, 2 + half),
+        ("bonds", 2.0, 1.0, 2 * np.exp(-half / 2), 2 * np.exp(half / 2)),
+        ("bonds", 0.0, 0.0, 0.0, 0.0),
+        ("segments", 50.0, 1.0, 100 / (1 + np.exp(slope)), 100 / (1 + np.exp(-slope))),
+    ):
+        quantity = next(quantity for quantity in QUANTITIES if quantity.key == key)
+        values = np.array([[middle - s], [middle], [middle + s]])
+        _, *found = mean_and_band([Curve("", np.array([1.0]), value) for value in values], quantity)
+        assert np.ravel(found) == pytest.approx([middle, low, high], rel=1e-4), key
 
 
 def test_runs_are_grouped_by_all_but_the_seed_and_named_by_what_differs(series: Series) -> None:

@@ -62,22 +62,17 @@ def made_run(tmp_path: Path) -> Path:
 
 @pytest.fixture
 def series(made_run: Path) -> Callable[..., list[Path]]:
-    """Copies of the run made by hand, a pair (rate f1, seed) each, forces scaled by f1 and seed."""
+    """Copies of the run made by hand, for pairs of a rate f1 and a seed; forces grow with both."""
 
-    def make(*conditions: tuple[float, int]) -> list[Path]:
-        return [_varied(made_run, f1, seed) for f1, seed in conditions]
+    def copy(f1: float, seed: int) -> Path:
+        directory = Path(shutil.copytree(made_run, made_run.parent / f"run{f1:g}_{seed}"))
+        listing = directory / "TaveloOutput.lst"
+        listing.write_text(listing.read_text().replace("Seed:\t7", f"Seed:\t{seed}"))
+        (directory / "simulation.prm").write_text(f"set random_seed={seed}\n")
+        for kind in ("slow", "fast"):
+            (directory / f"model_huxley_{kind}.prm").write_text(f"set f1 = {f1}\n")
+        rows = "".join(f"{t},{t * f1 * seed},0,-0.1,{seed - 1},\n" for t in (0.1, 0.2, 0.3))
+        (directory / "result.csv").write_text(f"Time,Force,a,b,c,d\n{rows}")
+        return directory
 
-    return make
-
-
-def _varied(made_run: Path, f1: float, seed: int) -> Path:
-    directory = Path(shutil.copytree(made_run, made_run.parent / f"run{f1:g}_{seed}"))
-    listing = directory / "TaveloOutput.lst"
-    listing.write_text(listing.read_text().replace("Seed:\t7", f"Seed:\t{seed}"))
-    (directory / "simulation.prm").write_text(f"subsection global\n set random_seed={seed}\nend\n")
-    for kind in ("slow", "fast"):
-        text = f"subsection huxley\n  set f1 = {f1}\nend\n"
-        (directory / f"model_huxley_{kind}.prm").write_text(text)
-    rows = "".join(f"{t},{t * f1 * seed},0,-0.1,{seed - 1},\n" for t in (0.1, 0.2, 0.3))
-    (directory / "result.csv").write_text(f"Time,Force,a,b,c,d\n{rows}")
-    return directory
+    return lambda *pairs: [copy(*pair) for pair in pairs]
