@@ -124,7 +124,7 @@ def _differing(settings: list[Settings]) -> pd.DataFrame:
 
 def varied(runs: Sequence[Run], by_all: bool = True) -> dict[str, list[str]]:
     """Parameters in which runs differ, such as "f1", with the value of each run; those that tell most
-    runs apart first. Of the files, or of the listing where these agree. `by_all`: only those that
+    runs apart first, names of files last. Of the files, or of the listing where these agree. `by_all`: only those that
     every run has; otherwise the value is empty for a run that doesn't."""
     for settings in ([conditions(run) for run in runs], [_listed(run) for run in runs]):
         table = _differing(settings)
@@ -134,7 +134,9 @@ def varied(runs: Sequence[Run], by_all: bool = True) -> dict[str, list[str]]:
         table = table[known.notna().all(axis=1) if by_all else known.nunique(axis=1) > 1]
         # Slow and fast heads, say, with the same value: once. With several values: by their file.
         table = table.drop_duplicates(["name", *columns])
-        order = (-table[columns].nunique(axis="columns")).sort_values(kind="stable").index
+        rank = -table[columns].nunique(axis="columns")
+        rank[table["name"].str.endswith("fileName")] = 0  # says less than what is in the file
+        order = rank.sort_values(kind="stable").index
         if len(order):
             several = {name for name, times in Counter(table["name"]).items() if times > 1}
             return {

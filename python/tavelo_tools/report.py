@@ -25,7 +25,9 @@ def overview(plots: list[Plot]) -> list[Plot]:
     keys = {plot.key.split()[0] for plot in plots}
     regulated = ("force", "bonds", "segments", "calcium")
     wanted = regulated if "segments" in keys else ("force", "length", "bonds")
-    return [plot for plot in plots if plot.key.split()[0] in wanted]
+    return [
+        plot for plot in plots if plot.key.split()[0] in wanted and not plot.key.endswith("prescribed")
+    ]
 
 
 def key_figures(run: Run) -> dict[str, str]:
