@@ -124,8 +124,8 @@ def _differing(settings: list[Settings]) -> pd.DataFrame:
 
 def varied(runs: Sequence[Run], by_all: bool = True) -> dict[str, list[str]]:
     """Parameters in which runs differ, such as "f1", with the value of each run; those that tell most
-    runs apart first, names of files last. Of the files, or of the listing where these agree. `by_all`: only those that
-    every run has; otherwise the value is empty for a run that doesn't."""
+    runs apart first, names of files last. Of the files, or of the listing where these agree.
+    `by_all`: only those that every run has; otherwise a run without one has an empty value."""
     for settings in ([conditions(run) for run in runs], [_listed(run) for run in runs]):
         table = _differing(settings)
         columns = list(range(len(runs)))
