@@ -85,7 +85,7 @@ def _variables(
         name = column if key == "result" else f"{key}_{column}"
         found[name] = ((rows,), frame[column].to_numpy(), _about(run, key, column))
     for stem, columns in numbered.items():
-        about = _about(run, key, columns[0])
+        about = {"units": run.unit(key, columns[0]) or "1", "long_name": BY_KEY[key].about}
         if stem == "state_":
             about["states"] = ", ".join(run.state_names)
         second = "state" if stem == "state_" else f"{key}_number"
