@@ -81,8 +81,8 @@ void candidate_search(benchmark::State& state, std::string const& name) {
   for (MyosinHead_s const& head : data.heads) {
     bool const sees_one =
         name == "Simple" || name == "Tolen" || (name == "Vertebrae" && head.crown_class() == 0);
-    std::size_t const last = sees_one ? 1 : data.x.size() - 1;
-    for (std::size_t fibre = 1; fibre <= last; ++fibre) {
+    unsigned const last = sees_one ? 1 : static_cast<unsigned>(data.x.size()) - 1;
+    for (unsigned fibre = 1; fibre <= last; ++fibre) {
       auto const [first, end] =
           axial_reach(data.position(fibre), data.position(0)[head.node], reach);
       visited += end - first;
@@ -141,8 +141,9 @@ void regulation(benchmark::State& state, char const* activation, int indicator, 
         create_component<ActivationModel>(activation, parameter, "the benchmark", "activation"));
   }
   std::vector<int> counts;
+  double const step_of_heads = currentTimeStep;
   auto const step = [&] {
-    currentTimeStep = lattice.dt;
+    currentTimeStep = step_of_heads;
     lattice.state_change();
     currentTimeStep = dt;
     double const start = cpu_seconds();
