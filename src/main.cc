@@ -9,6 +9,7 @@
 #include "control/check_program.h"
 #include "control/command_line.h"
 #include "control/run_directories.h"
+#include "control/run_record.h"
 #include "control/silent_output.h"
 #include "control/simulation.h"
 
@@ -17,14 +18,17 @@ char const* version_text();
 
 namespace {
 
-void carry_out(CommandLine const& command) {
+/// `directory` is the one that the run is in, empty for the one that the program was started in.
+void carry_out(CommandLine const& command, std::string const& directory) {
   std::optional<SilentOutput> silent;
   if (command.is_quiet) silent.emplace();
   refuses_missing_parameters = command.is_strict;
   if (command.is_check) {
     check_program();
   } else {
-    run_program();
+    std::vector<std::string> words = command.options;
+    if (!directory.empty()) words.push_back(directory);
+    run_program({words, version_text()});
   }
 }
 
@@ -37,9 +41,9 @@ int main(int argc, char** argv) {
     CommandLine const command = read_command_line(argc, argv, version_text());
     if (!command.directories.empty()) {
       return run_directories(command.directories, command.at_a_time,
-                             [&command] { carry_out(command); });
+                             [&command](auto const& directory) { carry_out(command, directory); });
     }
-    carry_out(command);
+    carry_out(command, "");
   } catch (std::bad_alloc const&) {
     stop("there is not enough memory for a lattice of this size");
   } catch (std::exception const& exception) {

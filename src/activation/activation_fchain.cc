@@ -4,11 +4,12 @@
 #include <cerrno>
 #include <cmath>
 #include <cstring>
-#include <fstream>
+#include <sstream>
 
 #include "activation/ca_activation_3x2s.h"
 #include "activation/kb_activation_extensible.h"
 #include "base/diagnostics.h"
+#include "base/input_file.h"
 #include "base/run_state.h"
 #include "base/uniform_variate.h"
 #include "kinetics/model.h"
@@ -35,8 +36,9 @@ enum : unsigned { pinned, free_site, weak_head, strong_head };
 constexpr unsigned pin_types[] = {by_troponin, by_troponin, by_weak_head, by_strong_head};
 
 double read_mutated_xi(FChainModel const& fchain) {
-  std::ifstream file(xi_file);
-  if (!file) stop(std::string(xi_file) + ": can't be read: " + std::strerror(errno));
+  auto const text = read_input(xi_file);
+  if (!text) stop(std::string(xi_file) + ": can't be read: " + std::strerror(errno));
+  std::istringstream file(*text);
   double xi = 0.0;
   if (!(file >> xi)) stop(std::string(xi_file) + ": doesn't begin with a number");
   if (!fchain.accepts(xi)) {

@@ -10,8 +10,8 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 
+#include "base/diagnostics.h"
 #include "base/uniform_variate.h"
 
 /// Rates between the N states of a segment, by [from][to]; 0 where there is no transition.
@@ -50,7 +50,7 @@ inline unsigned draw_status(unsigned status, SegmentMoves const& moves, double d
   double sum = 0.0;
   for (unsigned i = 0; i < ends.size(); ++i) ends[i] = sum += moves.rate[i] * dt;
   if (sum > 1.0) {
-    std::printf("Internal Error!!!! Actin Binding, Sum %e\n", sum);
+    tell_excess("Actin Binding", sum);
     for (double& end : ends) end /= sum;
   }
   if (r == 0.0 || r > ends.back()) return status;

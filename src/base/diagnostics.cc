@@ -1,8 +1,11 @@
 #include "base/diagnostics.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cstdio>
 #include <cstdlib>
+
+#include "base/run_state.h"
 
 namespace {
 
@@ -27,10 +30,25 @@ void stop_with_message(char const* message, std::string const& detail) {
 
 void tell(std::string const& message) {
   std::fflush(stdout);
-  std::fprintf(stderr, "tavelo: %s\n", single_line(message).c_str());
+  run_facts.messages.push_back(single_line(message));
+  std::fprintf(stderr, "tavelo: %s\n", run_facts.messages.back().c_str());
 }
 
 void warn(std::string const& message) { tell("warning: " + message); }
+
+void tell_excess(char const* drawn, double sum) {
+  std::printf("Internal Error!!!! %s, Sum %e\n", drawn, sum);
+  RunFacts_s::Excess_s& excess = run_facts.excess;
+  if (excess.draws.empty()) excess.first_time = timeForAll;
+  if (excess.draws.empty() || excess.last_step != t_timeStep) ++excess.steps;
+  excess.last_step = t_timeStep;
+  excess.largest_sum = std::max(excess.largest_sum, sum);
+  ++excess.draws[drawn];
+}
+
+std::string at_step() {
+  return " at time " + shown(timeForAll) + ", step " + std::to_string(t_timeStep);
+}
 
 std::string shown(double number) {
   char text[32];

@@ -24,6 +24,13 @@ void tell(std::string const& message);
 /// Tells of something unusual on standard error and goes on.
 void warn(std::string const& message);
 
+/// Tells on standard output that the probabilities of a draw add up to more than 1, and goes on.
+/// `drawn` is what the draw decides.
+void tell_excess(char const* drawn, double sum);
+
+/// The clock as messages name it: " at time 0.5, step 7".
+std::string at_step();
+
 /// A number as messages show it: as short as it can be told apart, never rounded to 0.
 std::string shown(double number);
 

@@ -26,6 +26,7 @@ OutputFile::OutputFile(std::string const& file_name, char const* mode)
 OutputFile OutputFile::if_possible(std::string const& file_name, char const* mode) {
   OutputFile output;
   output.file = std::fopen(place_of(file_name), mode);
+  if (output.file) run_facts.outputs.insert(file_name);
   output.name = file_name;
   return output;
 }
@@ -48,6 +49,7 @@ void OutputFile::flush() const { flush_output(file, name); }
 FILE* open_output(std::string const& name, char const* mode) {
   FILE* const file = std::fopen(place_of(name), mode);
   if (!file) stop_unwritable(name);
+  run_facts.outputs.insert(name);
   return file;
 }
 
@@ -63,6 +65,7 @@ void close_output(FILE* file, std::string const& name) {
 std::ofstream open_output_stream(std::string const& name) {
   std::ofstream stream(place_of(name));
   if (!stream) stop_unwritable(name);
+  run_facts.outputs.insert(name);
   return stream;
 }
 

@@ -6,11 +6,11 @@
 #include <cmath>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <regex>
 #include <sstream>
 
 #include "base/diagnostics.h"
+#include "base/input_file.h"
 #include "base/output_file.h"
 #include "base/run_state.h"
 
@@ -66,9 +66,13 @@ void write_defaults(dealii::ParameterHandler const& handler, std::string const& 
   if (refuses_missing_parameters) {
     stop("parameter file " + file_name + " is missing; --strict writes no default values");
   }
+  std::ostringstream text;
+  handler.print_parameters(text, dealii::ParameterHandler::Text);
   std::ofstream file = open_output_stream(file_name);
-  handler.print_parameters(file, dealii::ParameterHandler::Text);
+  file << text.str();
   flush_output(file, file_name);
+  note_input(file_name, text.str());
+  run_facts.defaults.push_back(file_name);
   warn("parameter file " + file_name +
        (discards_outputs ? " is missing; a run writes it with the default values and uses them"
                          : " was missing; it is written with the default values, which are used"));
@@ -76,13 +80,8 @@ void write_defaults(dealii::ParameterHandler const& handler, std::string const& 
 
 /// The whole text of a file that exists.
 std::string read_text(std::string const& file_name) {
-  std::ifstream file(file_name, std::ios::binary);
-  std::ostringstream text;
-  if (!file || fs::is_directory(file_name) || (file.peek() != EOF && !(text << file.rdbuf()))) {
-    stop(file_name + ": can't be read as a parameter file: " +
-         (file ? "it is a directory" : std::strerror(errno)));
-  }
-  return text.str();
+  if (auto const text = read_input(file_name)) return *text;
+  stop(file_name + ": can't be read as a parameter file: " + std::strerror(errno));
 }
 
 /// A file that includes itself would never end, and what a run used should stand in its own files.

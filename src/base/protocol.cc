@@ -4,11 +4,11 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
 #include <sstream>
 
 #include "base/diagnostics.h"
 #include "base/discrete_function.h"
+#include "base/input_file.h"
 #include "base/run_state.h"
 
 double Protocol::TimeOffset = 0.0;
@@ -18,14 +18,9 @@ namespace {
 constexpr unsigned table_type = 999;
 constexpr char const* end_message = "Kraj - poslednji red protokola dostignut";
 
-std::ifstream open_input(std::string const& name, std::string const& wanted_by) {
-  errno = 0;
-  std::ifstream file(name);
-  // A directory opens, but has no first character to look at.
-  if (!file || (file.peek() == EOF && file.bad())) {
-    stop(wanted_by + name + ": can't be read: " + std::strerror(errno));
-  }
-  return file;
+std::istringstream open_input(std::string const& name, std::string const& wanted_by) {
+  if (auto const text = read_input(name)) return std::istringstream(*text);
+  stop(wanted_by + name + ": can't be read: " + std::strerror(errno));
 }
 
 bool is_blank(std::string const& line) {
@@ -121,7 +116,7 @@ Protocol::Protocol(std::string const& file_name) {
 void Protocol::read_protocol(std::string const& file_name) {
   protocol_file = file_name;
   steps.clear();
-  std::ifstream file = open_input(file_name, "");
+  std::istringstream file = open_input(file_name, "");
   int number = 0;
   for (std::string line; std::getline(file, line);) {
     ++number;
@@ -162,7 +157,7 @@ void Protocol::read_row(std::string const& line, std::string const& where) {
 
 void Protocol::read_table(std::string const& where) {
   function.clear();
-  std::ifstream file = open_input(function_file, where + ": ");
+  std::istringstream file = open_input(function_file, where + ": ");
   int number = 0;
   for (std::string line; std::getline(file, line);) {
     ++number;

@@ -1,7 +1,5 @@
 #include "base/run_state.h"
 
-#include "base/diagnostics.h"
-
 FILE* fOutputFile = nullptr;
 FILE* fIterationNorms = nullptr;
 FILE* fConvergenceListing = nullptr;
@@ -16,12 +14,10 @@ bool discards_outputs = false;
 int numberOfAtachments = 0;
 int numberOfDetachments = 0;
 
+RunFacts_s run_facts;
+
 void advance_clock(double step) {
   ++t_timeStep;
   currentTimeStep = step;
   timeForAll += step;
-}
-
-std::string at_step() {
-  return " at time " + shown(timeForAll) + ", step " + std::to_string(t_timeStep);
 }

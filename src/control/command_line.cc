@@ -41,7 +41,8 @@ Input:  simulation.prm      models and random seed
         ca_protocol.dat     the course that drives regulation
         WritingDistributionSteps.dat
                             times of snapshots (optional)
-Output: result.csv          force, displacements, bound heads per step
+Output: run.json            the record of the run
+        result.csv          force, displacements, bound heads per step
         cb_states_file.csv  heads by state
         TaveloOutput.lst    all parameters in force, and many more
 
@@ -109,6 +110,8 @@ CommandLine read_command_line(int argc, char** argv, std::string const& version)
     if (c == check) command.is_check = true;
     if (c == strict) command.is_strict = true;
   }
+  // The options stand first now, whatever the order they were given in.
+  command.options.assign(argv, argv + optind);
   for (int i = optind; i < argc; ++i) {
     std::string const word = argv[i];
     if (word == "-") {

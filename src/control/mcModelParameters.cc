@@ -30,7 +30,7 @@ void McModelParameters::get_parameters(dealii::ParameterHandler& handler) {
   ParameterSection const section(handler, "monte_carlo", file_name);
   geometry = section.text("geometry");
   activation = section.text("activation");
-  filaments = section.count("filaments");
+  filaments = section.count("filaments", 1);
   full_sarcomer = section.count("full_sarcomer");
   sarcomer.full_sarcomer = full_sarcomer;
   caActivationModelIndicator = section.integer("caActivationModelIndicator");

@@ -79,9 +79,11 @@ class Signals {
   Descriptor source;
 };
 
+using DirectoryRun = std::function<void(std::string const&)>;
+
 class DirectoryRuns {
  public:
-  explicit DirectoryRuns(std::function<void()> const& action) : run(action) {}
+  explicit DirectoryRuns(DirectoryRun const& action) : run(action) {}
 
   /// Returns the exit status.
   int run_all(std::vector<std::string> const& directories, unsigned at_a_time);
@@ -94,7 +96,7 @@ class DirectoryRuns {
   void hand_on(int signal);
   void finish(Child const& child);
 
-  std::function<void()> const& run;
+  DirectoryRun const& run;
   Signals signals;
   std::vector<Child> children;
   int caught_signal = 0;
@@ -142,7 +144,7 @@ void DirectoryRuns::be_child(std::string const& directory, Pipe& out, Pipe& err)
   children.clear();
   signals.restore();
   if (chdir(directory.c_str()) != 0) stop_over("the directory can't be entered");
-  run();
+  run(directory);
   // The libraries' own leave-taking costs more than a short run.
   std::fflush(nullptr);
   _exit(0);
@@ -190,7 +192,7 @@ void DirectoryRuns::finish(Child const& child) {
 }  // namespace
 
 int run_directories(std::vector<std::string> const& directories, unsigned at_a_time,
-                    std::function<void()> const& run) {
+                    std::function<void(std::string const&)> const& run) {
   raise_open_file_limit();
   return DirectoryRuns(run).run_all(directories, at_a_time);
 }

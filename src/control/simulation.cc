@@ -2,8 +2,10 @@
 
 #include <cmath>
 #include <cstdio>
+#include <sstream>
 
 #include "base/diagnostics.h"
+#include "base/input_file.h"
 #include "base/output_file.h"
 #include "base/parameter_file.h"
 #include "base/protocol.h"
@@ -11,6 +13,7 @@
 #include "base/uniform_variate.h"
 #include "control/interruption.h"
 #include "control/run_directory.h"
+#include "control/run_record.h"
 #include "elastic/create_law.h"
 #include "kinetics/model.h"
 
@@ -32,16 +35,29 @@ constexpr int most_steps_counted = 10000000;
 
 bool is_time(double wanted) { return std::abs(wanted - timeForAll) < 1e-10; }
 
+/// Whether a line holds numbers and nothing else.
+bool holds_numbers(std::string const& line) {
+  std::istringstream words(line);
+  int count = 0;
+  for (double number; words >> number;) ++count;
+  return count > 0 && words.eof();
+}
+
 /// Times of the snapshots: a heading line, then numbers in ascending order.
 std::vector<double> read_writing_times() {
   std::vector<double> times;
-  std::ifstream file(writing_times_name);
-  if (!file) {
+  auto const text = read_input(writing_times_name);
+  if (!text) {
     std::printf("No file: %s : NO DISTRIBUTIONS TO WRITE\n", writing_times_name);
     return times;
   }
+  std::istringstream file(*text);
   std::string heading;
   std::getline(file, heading);
+  if (holds_numbers(heading)) {
+    warn(std::string(writing_times_name) + ": line 1 is '" + heading +
+         "' and is passed over as the heading; times begin in line 2");
+  }
   for (double time; file >> time;) times.push_back(time);
   if (!file.eof()) {
     warn(std::string(writing_times_name) + ": entry " + std::to_string(times.size() + 1) +
@@ -81,6 +97,7 @@ void SimParameter::get_parameters(dealii::ParameterHandler& handler) {
   numerics = global.text("numerics");
   xb_model = global.text("xb_model");
   random_seed = static_cast<std::uint32_t>(global.integer("random_seed"));
+  run_facts.seed = static_cast<int>(random_seed);
   if (random_seed != 0) seed_variates(random_seed);
 }
 
@@ -155,6 +172,7 @@ void Simulation::run() {
   end_row(loop.states, states_name);
   loop.states << timeForAll << ',';
   macro_model->write_cb_states(loop.states);
+  write_run_record();
 
   while (true) {
     begin_step(loop);
@@ -233,15 +251,17 @@ void open_listings() {
   fConvergenceListing = open_output(convergence_name, "wt");
 }
 
-void run_program() {
+void run_program(RunOrigin_s const& origin) {
   RunDirectoryLock const lock(listing_name);
   // Regulated filaments append to this file; each run starts it anew.
   std::remove("TroponinAngles.csv");
   open_listings();
+  begin_run_record(origin);
   Simulation simulation;
   catch_interruptions();
   simulation.run();
   close_output(fIterationNorms, norms_name);
   close_output(fConvergenceListing, convergence_name);
   flush_output(stdout, "standard output");
+  end_run_record();
 }

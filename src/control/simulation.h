@@ -11,6 +11,7 @@
 #include "control/run_plan.h"
 
 class Protocol;
+struct RunOrigin_s;
 
 namespace dealii {
 class ParameterHandler;
@@ -68,5 +69,6 @@ class Simulation {
 /// Opens the listing and the two convergence files.
 void open_listings();
 
-/// Takes the working directory for itself, runs one simulation and closes the files.
-void run_program();
+/// Takes the working directory for itself, runs one simulation, closes the files and leaves a
+/// record of the run.
+void run_program(RunOrigin_s const& origin);

@@ -1,11 +1,11 @@
 #include "elastic/XB_StiffnessFunction.h"
 
 #include <cstdio>
-#include <fstream>
 #include <sstream>
 #include <utility>
 
 #include "base/diagnostics.h"
+#include "base/input_file.h"
 #include "base/parameter_file.h"
 
 namespace {
@@ -75,11 +75,12 @@ void XB_StiffnessFunction::get_parameters(dealii::ParameterHandler& handler) {
 }
 
 void XB_StiffnessFunction::read_stiffness() {
-  std::ifstream file(xbStiffnessFileName);
-  if (!file) {
+  auto const text = read_input(xbStiffnessFileName);
+  if (!text) {
     stop_with_message(("No fajl XB(SEE) stiffness! " + xbStiffnessFileName).c_str(),
                       file_name + ": xbStiffnessFileName names a file that can't be read");
   }
+  std::istringstream file(*text);
   int number = 0;
   for (std::string line; std::getline(file, line);) {
     std::string const where = xbStiffnessFileName + ", line " + std::to_string(++number);

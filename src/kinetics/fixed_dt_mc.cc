@@ -4,6 +4,7 @@
 #include <cmath>
 #include <ostream>
 
+#include "base/diagnostics.h"
 #include "base/logger.h"
 #include "base/run_state.h"
 #include "base/uniform_variate.h"
@@ -156,7 +157,7 @@ void FixedTimeStepMC::move(double u, FilamentData& data, MyosinHead_s& head,
     collect_of_bound(data, head, outcomes);
   } else {
     collect_of_detached(data, head, candidates, outcomes);
-    if (outcomes.sum > 1.0) std::printf("Internal Error!!!! Attach, Sum %e\n", outcomes.sum);
+    if (outcomes.sum > 1.0) tell_excess("Attach", outcomes.sum);
   }
   outcomes.close();
   if (StateBin_s const* const outcome = outcomes.pick(u)) carry_out(*outcome, data, head);

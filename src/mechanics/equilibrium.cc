@@ -95,6 +95,7 @@ void Equilibrium::iterate(bool moves, Report report) {
     }
     // The prescribed step has been taken: from now on its end stays where it is.
     if (ends.prescribed.is_length()) ends.prescribed.value = 0.0;
+    ++run_facts.passes;
     assemble_rhs(ends, moves ? &du : nullptr);
     log_pass(pass);
     report();

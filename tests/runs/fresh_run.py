@@ -1,5 +1,6 @@
 """Runs of the program in fresh directories, for the scripts of this folder."""
 
+import json
 import shutil
 import subprocess
 import tempfile
@@ -10,6 +11,7 @@ from pathlib import Path
 CASES = Path(__file__).resolve().parent
 ROOT = CASES.parents[1]
 DEFAULT_PROGRAM = ROOT / "build" / "release" / "tavelo"
+RECORD = "run.json"
 
 
 @contextmanager
@@ -26,6 +28,17 @@ def lay_over(source: Path, directory: Path) -> None:
     for file in source.iterdir():
         if file.is_file() and file.name != "README.md" and file.suffix != ".png":
             shutil.copy(file, directory)
+
+
+def files_of(directory: Path) -> dict[str, bytes]:
+    """All files by name, the record without what no two runs have in common."""
+    files = {file.name: file.read_bytes() for file in directory.iterdir()}
+    if RECORD in files:
+        record = json.loads(files[RECORD])
+        for key in ("command", "started", "ended"):
+            del record[key]
+        files[RECORD] = json.dumps(record).encode()
+    return files
 
 
 def run(

@@ -24,6 +24,7 @@ void FreshWorkDir::OnTestStart(testing::TestInfo const&) {
   currentTimeStep = 0.0;
   numberOfAtachments = 0;
   numberOfDetachments = 0;
+  run_facts = {};
   Protocol::TimeOffset = 0.0;
   ScriptedRand::reset();
 }

@@ -26,9 +26,9 @@ std::string read_defaults(std::string const& file) {
 }
 
 TEST(ParameterFile, SetsWhatStandsInItAndKeepsOtherDefaults) {
-  write_file("mc.prm", "# a comment\nsubsection monte_carlo\n\n set filaments=0\nend\n");
+  write_file("mc.prm", "# a comment\nsubsection monte_carlo\n\n set filaments=3\nend\n");
   Component const component("mc.prm");
-  EXPECT_EQ(component.filaments, 0u);
+  EXPECT_EQ(component.filaments, 3u);
   EXPECT_EQ(component.geometry, "Simple");
 }
 
@@ -55,8 +55,8 @@ TEST(ParameterFile, RefusesWhatItCannotTake) {
       {"set filaments = 2\n", "mc\\.prm.*1.*filaments.*accepted"},
       {"subsection mc\n  set filaments = 2\nend\n", "mc\\.prm.*mc.*accepted.*monte_carlo"},
       {section + "  set filaments = 2.5\nend\n", "mc\\.prm.*2.*2\\.5.*filaments.*Integer"},
-      {section + "  set filaments = -1\nend\n",
-       "mc\\.prm, section monte_carlo: filaments is '-1'; accepted: a whole number of at least 0"},
+      {section + "  set filaments = 0\nend\n",
+       "mc\\.prm, section monte_carlo: filaments is '0'; accepted: a whole number of at least 1"},
       {section + "  set activation = none\nend\n", "mc\\.prm.*none.*None.FChain"},
       {section + "  set dispSqLimit = tight\nend\n", "mc\\.prm.*2.*tight.*dispSqLimit.*Double"},
       {section + "  set dispSqLimit = nan\nend\n", "mc\\.prm.*nan"},
