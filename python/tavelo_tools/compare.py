@@ -80,6 +80,7 @@ def make_page(groups: list[Group], table: pd.DataFrame, left_out: list[str]) -> 
     ).fillna("")
     sections = [
         page.header(title, "Runs of Tavelo compared"),
+        page.alarms(_remarks(groups, left_out)),
         page.notices(_remarks(groups, left_out)),
         "<h2>Mean \u00b1 standard deviation</h2>" + page.table(to_show(table)),
         page.plots(plots_of_groups(groups[:MOST_DRAWN])),

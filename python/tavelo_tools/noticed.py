@@ -10,6 +10,7 @@ import numpy as np
 from .numbers import read_numbers
 from .protocol import Row, end_time, read_protocol
 from .read import Run
+from .record import Record
 from .tables import NEEDED
 
 SNAPSHOT_TIMES = "WritingDistributionSteps.dat"
@@ -21,6 +22,9 @@ TIMES = {
 }
 SUM_ABOVE_1 = re.compile(r"Internal Error!!!! (.*), Sum (\S+)")
 STEP = re.compile(r"TStep \d+, Time=(\S+)")
+SNAPSHOT = re.compile(r"(?:distributions|x_ray_data)_(.+)\.csv")
+# These warnings the record tells in its own key.
+DEFAULTED = "warning: parameter file "
 
 
 @dataclass(frozen=True)
@@ -67,7 +71,8 @@ def notices(run: Run) -> list[Notice]:
             run[key]
     found = [
         *_end(run),
-        *_log(run),
+        *(_record(run.record, run.directory) if run.record else _log(run)),
+        *_earlier(run),
         *_missing(run),
         *_order_of_times(run),
         *_snapshots(run),
@@ -83,6 +88,13 @@ def _end(run: Run) -> list[Notice]:
     of = f"time {reached:g}" + (f" of {end:g}" if end is not None else "")
     if is_going_on(run):
         return [Notice(f"The run is still going on; it stands at {of}.", True)]
+    if run.record and run.record.exit_status is None:
+        return [Notice(f"This run did not end: something killed it at {of}.", True)]
+    if run.record and run.record.exit_status != 0:
+        why = run.record.messages[-1] if run.record.messages else "without a word"
+        return [Notice(f"This run ended early, at {of}: {why}", True)]
+    if run.record:
+        return []
     if end is not None and reached < end - 1e-6 * max(1.0, abs(end)):
         return [Notice(f"The run did not finish: it ends at {of}.", True)]
     if not protocol_rows(run):
@@ -99,6 +111,45 @@ def _end(run: Run) -> list[Notice]:
         text = f"The protocol's end depends on the run (type 4, or a lost table); it reached {of}."
         return [Notice(text)]
     return []
+
+
+def _record(record: Record, directory: Path) -> list[Notice]:
+    """Defaults, changed inputs, probabilities above 1 and warnings, as the record has them."""
+    found = []
+    if record.defaults:
+        text = "Missing and replaced by default values: " + ", ".join(record.defaults) + "."
+        found.append(Notice(text, True))
+    if changed := record.changed_inputs(directory):
+        found.append(Notice(f"Changed since this run has read them: {', '.join(changed)}.", True))
+    above = record.probabilities_above_1
+    if above["draws"]:
+        found.append(_above_1(steps=record.steps, bad_steps=above["steps"], counts=above["draws"],
+                              first=above["first_time"], largest=above["largest_sum"]))  # fmt: skip
+    warnings = [text for text in record.messages if text.startswith("warning: ")]
+    return found + [Notice(f"{text[9:]}.", True) for text in warnings if not text.startswith(DEFAULTED)]
+
+
+def _above_1(steps: int, bad_steps: int, counts: dict[str, int], first: float | str, largest: float) -> Notice:
+    kinds = ", ".join(f"{count} x {kind}" for kind, count in counts.items())
+    text = (
+        f"Probabilities of a step exceeded 1 in {sum(counts.values())} draws ({kinds}), in {bad_steps} of "
+        f"{steps} steps, first at time {float(first):g}; the largest sum is {largest:.3g}. "
+        "The step is too long for these rates."
+    )
+    return Notice(text, True)
+
+
+def _earlier(run: Run) -> list[Notice]:
+    """Files that an earlier run has left in the directory."""
+    snapshots = [t for path in run.earlier for t in SNAPSHOT.findall(path.name)]
+    others = [path.name for path in run.earlier if not SNAPSHOT.match(path.name)]
+    found = []
+    if snapshots:
+        times = ", ".join(sorted(set(snapshots), key=_number))
+        found.append(Notice(f"The snapshots at time {times} are of an earlier run, and left out.", True))
+    if others:
+        found.append(Notice(f"Of an earlier run, and left out: {', '.join(others)}.", True))
+    return found
 
 
 def logs(run: Run) -> list[Path]:
@@ -122,7 +173,7 @@ def _log(run: Run) -> list[Notice]:
     if not paths:
         text = "Standard output was not kept (tavelo > tavelo.log), so nothing tells whether "
         return [Notice(text + "probabilities of a step exceeded 1.")]
-    steps, hits = 0, 0
+    steps = 0
     time, first = "0", ""
     worst, counts = 0.0, dict[str, int]()
     messages = []
@@ -132,22 +183,14 @@ def _log(run: Run) -> list[Notice]:
             if step := STEP.match(line):
                 steps, time = steps + 1, step[1]
             elif above := SUM_ABOVE_1.search(line):
-                hits += 1
                 first = first or time
                 counts[above[1]] = counts.get(above[1], 0) + 1
                 worst = max(worst, _number(above[2]))
                 bad_steps.add(steps)
             elif line.startswith("tavelo: "):
                 messages.append(Notice(f"{paths[0].name}: {line.strip()}", True))
-    if not hits:
-        return messages[:5]
-    kinds = ", ".join(f"{count} x {kind}" for kind, count in counts.items())
-    text = (
-        f"Probabilities of a step exceeded 1 in {hits} draws ({kinds}), in {len(bad_steps)} of "
-        f"{steps} steps, first at time {first}; the largest sum is {worst:.3g}. "
-        "The step is too long for these rates."
-    )
-    return [*messages[:5], Notice(text, True)]
+    above = [_above_1(steps, len(bad_steps), counts, first, worst)] if counts else []
+    return [*messages[:5], *above]
 
 
 def _number(text: str) -> float:

@@ -9,8 +9,8 @@ from .noticed import Notice
 from .plots import Plot
 from .style import DARK, LIGHT, theme, to_svg
 
-_LIGHT = theme(LIGHT, "#1b1c1e", "#dcdde0") + "--ground:#fff;--soft:#f4f5f7;--muted:#5a6070;"
-_DARK = theme(DARK, "#e8e9ec", "#3a3d44") + "--ground:#16181c;--soft:#20232a;--muted:#a3a9b6;"
+_LIGHT = theme(LIGHT, "#1b1c1e", "#dcdde0") + "--ground:#fff;--soft:#f4f5f7;--muted:#5a6070;--alarm:#b3261e;"
+_DARK = theme(DARK, "#e8e9ec", "#3a3d44") + "--ground:#16181c;--soft:#20232a;--muted:#a3a9b6;--alarm:#ff8a80;"
 
 STYLE = f"""
 :root{{color-scheme:light dark;{_LIGHT}}}
@@ -27,7 +27,9 @@ p{{margin:.3rem 0}}.muted,figcaption,th{{color:var(--muted)}}
 .plots{{display:grid;grid-template-columns:repeat(auto-fill,minmax(min(100%,25rem),1fr));gap:1.2rem}}
 figure{{margin:0;min-width:0}}figure h3{{font-size:1rem;margin:0 0 .2rem}}
 figure svg{{display:block;width:100%;height:auto}}figcaption{{font-size:.85rem}}
-ul{{padding-left:1.2rem;margin:.4rem 0}}.grave{{font-weight:600}}
+ul{{padding-left:1.2rem;margin:.4rem 0}}
+.grave{{color:var(--alarm);border-left:.3rem solid;padding:.1rem .7rem;margin:.8rem 0;font-weight:600;
+overflow-wrap:anywhere}}
 .scroll{{overflow-x:auto}}table{{border-collapse:collapse;font-size:.9rem;min-width:100%}}
 th,td{{text-align:left;padding:.2rem .7rem .2rem 0;border-bottom:1px solid var(--grid);
 vertical-align:top;overflow-wrap:break-word}}
@@ -59,13 +61,22 @@ def key_figures(figures: dict[str, str]) -> str:
     return f'<div class="key">{tiles}</div>'
 
 
+def alarms(found: list[Notice]) -> str:
+    """The grave ones, to stand at the top of the page."""
+    grave = [notice for notice in found if notice.grave]
+    return f'<div class="grave" role="alert">{_listed(grave)}</div>' if grave else ""
+
+
 def notices(found: list[Notice]) -> str:
+    """All others."""
     if not found:
         return "<h2>Noticed</h2><p>Nothing out of the ordinary.</p>"
-    items = "".join(
-        f'<li{" class=grave" if notice.grave else ""}>{escape(notice.text)}</li>' for notice in found
-    )
-    return f"<h2>Noticed</h2><ul>{items}</ul>"
+    rest = [notice for notice in found if not notice.grave]
+    return f"<h2>Noticed</h2>{_listed(rest)}" if rest else ""
+
+
+def _listed(found: list[Notice]) -> str:
+    return f"<ul>{''.join(f'<li>{escape(notice.text)}</li>' for notice in found)}</ul>"
 
 
 def plots(found: list[Plot]) -> str:

@@ -5,6 +5,8 @@
     run.unit("result", "force")        # "pN per thick filament"
     run.keys()                         # tables that this run has; docs/reports.md lists all
     run.problems                       # what was missing, cut off or broken, file by file
+    run.record                         # what run.json tells: inputs, exit status ...; None without it
+    run.earlier                        # files of an earlier run in the directory, left out
 
 A table is read when it is first asked for and then kept. A missing or broken file is never an
 exception: its table is empty, and `problems` says why.
@@ -21,6 +23,7 @@ import pandas as pd
 
 from . import listing, tables
 from .numbers import read_numbers, read_text
+from .record import FILE as RECORD_FILE, Record, read_record
 from .tables import BY_KEY, STATE_NAMES, TABLES, Table
 
 if TYPE_CHECKING:
@@ -51,8 +54,10 @@ class Run(Mapping[str, pd.DataFrame]):
     def __init__(self, directory: Path, files: dict[str, list[Path]]) -> None:
         self.directory = directory
         self.name = directory.resolve().name
-        self.files = files
         self.problems: list[Problem] = []
+        self.record = self._read_record()
+        self.files = {key: own for key, paths in files.items() if (own := list(filter(self._wrote, paths)))}
+        self.earlier = [path for paths in files.values() for path in paths if not self._wrote(path)]
         self._frames: dict[str, pd.DataFrame] = {}
 
     def __iter__(self) -> Iterator[str]:
@@ -112,6 +117,18 @@ class Run(Mapping[str, pd.DataFrame]):
             listing.read_parameter_file(path) for path in sorted(self.directory.glob("*.prm"))
         ]
         return pd.concat(frames) if frames else pd.DataFrame(columns=listing.COLUMNS)
+
+    def _read_record(self) -> Record | None:
+        try:
+            return read_record(self.directory)
+        except OSError as error:
+            self._problem(RECORD_FILE, f"can't be read: {error.strerror}")
+        except ValueError as error:
+            self._problem(RECORD_FILE, f"not understood: {error}")
+        return None
+
+    def _wrote(self, path: Path) -> bool:
+        return self.record is None or self.record.wrote(path)
 
     def _problem(self, file: str, text: str) -> None:
         self.problems.append(Problem(file, text))

@@ -91,6 +91,7 @@ def make_page(run: Run, plots: list[Plot]) -> str:
     found = notices(run)
     sections = [
         page.header(run.name, about(run)),
+        page.alarms(found),
         page.key_figures(key_figures(run)),
         page.notices(found),
         page.plots(plots),
