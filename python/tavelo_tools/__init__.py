@@ -1,5 +1,8 @@
 """Reading, plotting and comparing runs of tavelo. Start with `read_run`."""
 
+# The version of everything here, the program's too: pyproject.toml and CMakeLists.txt take it from this line.
+__version__ = "0.1.0"
+
 from .fits import (
     Fit,
     fit_hill_hyperbola,
@@ -12,6 +15,7 @@ from .fits import (
 from .read import Problem, Run, RunError, read_run
 
 __all__ = [
+    "__version__",
     "Fit",
     "Problem",
     "Run",

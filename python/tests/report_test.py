@@ -1,5 +1,6 @@
 """Would catch a report that breaks on a damaged run or hides it, loses extremes or needs a network."""
 
+import os
 import random
 import re
 import shutil
@@ -18,7 +19,7 @@ from tavelo_tools.plots import MOST_SNAPSHOTS, plots_of_run
 from tavelo_tools.quantities import QUANTITIES, Curve
 from tavelo_tools.report import make_page
 
-TOOLS = Path(__file__).resolve().parents[1] / "bin"
+TOOLS = Path(os.environ["TAVELO"]).parent  # the commands stand beside the program
 
 
 def start(tool: str, *arguments: Path | str) -> subprocess.CompletedProcess[str]:
