@@ -210,6 +210,17 @@ TEST_F(Stepper, SiteActsOnSlowAndFastHeadsOfTheActiveStepperOnly) {
   }
 }
 
+TEST_F(Stepper, CountsOfTransitionsBeginAnewWhenPrinted) {
+  RateModel const model(2, {}, {{{0, 1}, 0.5}, {{1, 0}, 0.5}});
+  FixedTimeStepMC stepper(model, model, nullptr);
+  Bench bench;
+  for (double const u : {0.25, 0.75, 0.25, 0.25}) bench.step(stepper, u);  // to 1, 1, 0, 1
+  std::ostringstream text;
+  stepper.print_transitions_slow(text);
+  stepper.print_transitions_slow(text);
+  EXPECT_EQ(text.str(), "2 1 \n0 0 \n");
+}
+
 TEST_F(Stepper, DetachedStatesChangeAtStrainZeroWithoutTheSites) {
   RateModel const model(2, {}, [](double x, unsigned, unsigned, ActinSite_s const& site) {
     bool const is_default = site.state == 0 && site.k_on_factor == 1.0 &&

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <map>
 #include <set>
 #include <tuple>
@@ -163,8 +164,15 @@ TEST(Lattices, LayOutFibresAndHeads) {
   }
 }
 
-void expect_candidates(Geometry const& lattice, FilamentData const& data, Shape const& shape,
+void expect_candidates(Geometry const& lattice, FilamentData& data, Shape const& shape,
                        double xamax, std::set<unsigned>& fibres) {
+  double spacing = std::numeric_limits<double>::infinity();
+  for (unsigned fibre = 1; fibre < data.x.size(); ++fibre) {
+    for (unsigned i = 1; i < data.x[fibre].size(); ++i) {
+      spacing = std::min(spacing, data.position(fibre)[i] - data.position(fibre)[i - 1]);
+    }
+  }
+  data.most_sites_in_reach = lattice.most_sites_in_reach(spacing);
   for (MyosinHead_s const& head : data.heads) {
     std::vector<BindingSite_s> found;
     lattice.get_binding_sites(data, head, found);

@@ -55,6 +55,19 @@ TEST(Equilibrium, OneBondUnderLengthAndUnderForce) {
   EXPECT_NEAR(lattice.measured.force, -F, 1e-9);
 }
 
+// The force is negative where the muscle pulls, and so is its change on a stretch.
+TEST(Equilibrium, ProbeFindsTheStiffnessWithoutMoving) {
+  OneBond lattice;
+  lattice.solve_length(3.0);
+  double const end = lattice.filaments.get_last_actin_displacement();
+  lattice.boundary.set_boundary_mode({Prescribed::Quantity::length, 4.0});
+  std::vector<double> found;
+  lattice.equilibrium.probe_stiffness(lattice.measured, [&](double k) { found.push_back(k); });
+  ASSERT_FALSE(found.empty());
+  EXPECT_NEAR(found.front(), -1.0 / lattice.chain, 1e-9);
+  EXPECT_EQ(lattice.filaments.get_last_actin_displacement(), end);
+}
+
 TEST(Equilibrium, PrescribedStepNeedsASecondPassAndEveryPassLogs) {
   if (Logger::convergence_data) std::fclose(std::exchange(Logger::convergence_data, nullptr));
   OneBond lattice;

@@ -133,6 +133,10 @@ TEST(Filament, StrainsAndPositions) {
     EXPECT_DOUBLE_EQ(filament.bond_force(i), k[i] * stretched[i]);
   }
   EXPECT_EQ(filament.n_in_state(2), 2u);
+  FILE* const forces = std::fopen("forces.csv", "w");
+  for (int fibre : {1, 2}) filament.writeActinNodeForces(forces, fibre);
+  std::fclose(forces);
+  EXPECT_EQ(read_file("forces.csv"), "5,5.250000\n9,-26.250000\n");  // not of protein-C
 }
 
 TEST(Filament, PendingHeadKeepsMeshAndPatternButCarriesNothing) {

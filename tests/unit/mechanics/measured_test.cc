@@ -38,6 +38,15 @@ TEST(Measured, DisplacementsFollowTheNodesOverPassesAndSteps) {
   EXPECT_NEAR(carried / 2.0, held, 1e-5);  // bonds and titin of a filament pull at its held end
 }
 
+TEST(Measured, ShownActinEndIsThatOfTheSecondThinFilament) {
+  SmallLattice lattice({2});
+  Vector du(lattice.filaments.number_dofs());
+  du[lattice.filament(0).get_bnd_dof(1, 1)] = 7.0;
+  du[lattice.filament(0).get_bnd_dof(1, 2)] = 3.0;
+  lattice.measured.CalculateResults(lattice.filaments, du, Vector(du.size()));
+  EXPECT_EQ(lattice.measured.actin_displacement, 3.0 / 2.0);
+}
+
 TEST(Measured, BondsPerFilament) {
   SmallLattice lattice({4, 1});
   Vector const none(lattice.filaments.number_dofs());
