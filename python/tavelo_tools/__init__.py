@@ -15,7 +15,6 @@ from .fits import (
 from .read import Problem, Run, RunError, read_run
 
 __all__ = [
-    "__version__",
     "Fit",
     "Problem",
     "Run",
