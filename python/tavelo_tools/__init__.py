@@ -1,4 +1,6 @@
-"""Reading, plotting and comparing runs of tavelo. Start with `read_run`."""
+"""Reading, plotting and comparing runs of tavelo, and studies. Start with `read_run` or `Study`."""
+
+from typing import TYPE_CHECKING
 
 # The version of everything here, the program's too: pyproject.toml and CMakeLists.txt take it from this line.
 __version__ = "0.1.0"
@@ -14,11 +16,15 @@ from .fits import (
 )
 from .read import Problem, Run, RunError, read_run
 
+if TYPE_CHECKING:
+    from .study import Study
+
 __all__ = [
     "Fit",
     "Problem",
     "Run",
     "RunError",
+    "Study",
     "fit_hill_hyperbola",
     "fit_hill_pca",
     "hill_hyperbola",
@@ -27,3 +33,12 @@ __all__ = [
     "mean_and_error",
     "read_run",
 ]
+
+
+def __getattr__(name: str) -> object:
+    """Loads what studies need when it is first asked for."""
+    if name == "Study":
+        from .study import Study
+
+        return Study
+    raise AttributeError(f"module {__name__!r} has no attribute {name!r}")
