@@ -1,6 +1,7 @@
 """tavelo-study: runs by the hundred from one plan."""
 
 import argparse
+import os
 import re
 import resource
 import signal
@@ -9,8 +10,10 @@ import time
 from collections.abc import Callable, Sequence
 from pathlib import Path
 
+from . import experiments
 from .errors import StudyError
 from .plan import KEEP
+from .program import find_program
 from .progress import watcher
 from .study import Study
 from .work import Outcome, processors
@@ -48,6 +51,7 @@ def _parser() -> argparse.ArgumentParser:
         prog="tavelo-study", description="Many runs from one plan, on this machine or a cluster."
     )
     commands = parser.add_subparsers(required=True, metavar="COMMAND")
+    _add_new(commands.add_parser("new", help="write the plan of an experiment, to look at and change"))
     _add_run(commands.add_parser("run", help="compute what is missing, then write tables, figures and page"))
     status = _plan_command(commands, "status", "tell how many runs are done, failed, missing", _status)
     status.add_argument("--failed", action="store_true", help="list the failed runs with their messages")
@@ -58,6 +62,15 @@ def _parser() -> argparse.ArgumentParser:
     report = _plan_command(commands, "report", "write tables, figures and page anew", _report)
     _add_reports(report)
     return parser
+
+
+def _add_new(parser: argparse.ArgumentParser) -> None:
+    parser.set_defaults(command=_new)
+    listed = ", ".join(experiments.names())
+    parser.add_argument("name", metavar="NAME", help=f"the experiment: {listed}")
+    parser.add_argument("base", type=Path, metavar="BASE", help="folder with the input files")
+    parser.add_argument("--out", type=Path, metavar="PLAN", help="the plan to write; default: NAME.toml here")
+    parser.add_argument("--program", type=Path, metavar="PATH", help=argparse.SUPPRESS)
 
 
 def _plan_command(commands, name: str, text: str, command) -> argparse.ArgumentParser:  # type: ignore[no-untyped-def]
@@ -109,6 +122,17 @@ def _shard(text: str) -> tuple[int, int]:
 
 def _study(options: argparse.Namespace) -> Study:
     return Study.load(options.plan, options.out, options.program)
+
+
+def _new(options: argparse.Namespace) -> int:
+    out: Path = options.out or Path(f"{options.name}.toml")
+    if out.exists():
+        raise StudyError(f"{out}: exists; name another with --out")
+    relative = os.path.relpath(options.base.resolve(), out.resolve().parent)
+    text = experiments.plan_text(options.name, options.base, relative, lambda: find_program(options.program))
+    out.write_text(text)
+    print(f"{out}: look at it, change it, then: tavelo-study run {out}")
+    return 0
 
 
 def _run(options: argparse.Namespace) -> int:

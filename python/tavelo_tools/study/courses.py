@@ -23,10 +23,25 @@ CHUNK = 4096  # steps
 
 
 def course(folder: Path, names: list[str]) -> pd.DataFrame:
-    """Time and columns of a run's result; empty where the run's folder isn't kept."""
+    """Columns of a run, of its result or as table.column; empty where the run's folder isn't kept.
+
+    Rows are those of the result, unless all columns are of one other table."""
     if not (folder / "result.csv").is_file():
         return pd.DataFrame(columns=names)
-    return read_run(folder)["result"].reindex(columns=names)
+    run = read_run(folder)
+    tables = {_table(name) for name in names if name != "time"}
+    own = run[next(iter(tables))] if len(tables) == 1 else run["result"]
+    columns = {}
+    for name in names:
+        frame = own if name == "time" else run[_table(name)]
+        values = frame.get(name.rpartition(".")[2])
+        if values is not None and len(values) >= len(own):  # others have a row for time 0 as well
+            columns[name] = values.to_numpy()[len(values) - len(own) :]
+    return pd.DataFrame(columns, index=range(len(own))).reindex(columns=names)
+
+
+def _table(name: str) -> str:
+    return name.rpartition(".")[0] or "result"
 
 
 def course_lines(plan: Plan, store: Store, runs: pd.DataFrame, panel: Panel) -> list[CourseLine]:
@@ -41,10 +56,9 @@ def course_lines(plan: Plan, store: Store, runs: pd.DataFrame, panel: Panel) -> 
             continue
         least = min(map(len, frames))
         mean = sum(frame.iloc[:least].to_numpy() for frame in frames) / len(frames)
-        values = plan.values(int(condition))
-        end = float(mean[-1, 0])
-        start, stop = (time.at(values, end) for time in panel.over) if panel.over else (0.0, end)
-        mean = mean[(mean[:, 0] > start - 1e-9) & (mean[:, 0] <= stop + 1e-9)]
+        if panel.over:
+            start, stop = (time.at(plan.values(int(condition)), mean[-1, 0]) for time in panel.over)
+            mean = mean[(mean[:, 0] > start - 1e-9) & (mean[:, 0] <= stop + 1e-9)]
         x = mean[:, names.index(panel.against)] if panel.against else 1000.0 * mean[:, 0]
         lines.append(CourseLine(_label(plan, int(condition)), x, mean[:, 1]))
     return lines
@@ -80,7 +94,7 @@ class _Grid:
 def write_courses(plan: Plan, store: Store, runs: pd.DataFrame, path: Path) -> None:
     """NetCDF with every kept course over the varied values, seed and time, and all measures.
 
-    Where all runs have the same times these are a coordinate; else the last dimension counts steps,
+    Where all runs have the same times these are a coordinate; else the last dimension counts rows,
     and `time` is a variable over all dimensions. Runs without a course are NaN throughout."""
     done = runs[runs["status"] == "done"]
     grid = _Grid(plan, _dimension_names(plan))
@@ -96,7 +110,7 @@ def write_courses(plan: Plan, store: Store, runs: pd.DataFrame, path: Path) -> N
 
 def _dimension_names(plan: Plan) -> dict[str, str]:
     names = {name: short(name) for name in plan.vary}
-    if len(set(names.values()) | {"seed", "step", "time"}) < len(names) + 3:
+    if len(set(names.values()) | {"seed", "row", "time"}) < len(names) + 3:
         names = {name: name.replace("/", "_").replace(":", "_") for name in plan.vary}
     return names
 
@@ -170,7 +184,7 @@ def _write_courses(file: Any, grid: _Grid, kept: _Kept) -> None:
     if first is None:
         return
     fixed = kept.have_one_time()
-    last = "time" if fixed else "step"
+    last = "time" if fixed else "row"
     axes = (*grid.sizes, last)
     names = [name for name in grid.plan.courses if first[1][name].notna().any()]
     file.dimensions[last] = len(first[1]) if fixed else None
@@ -179,19 +193,23 @@ def _write_courses(file: Any, grid: _Grid, kept: _Kept) -> None:
     names += [] if fixed else ["time"]
     chunks = (*(1 for _ in grid.sizes), min(len(first[1]), CHUNK))
     for name in names:
-        own = f"{name}_course" if name in grid.plan.measures else name
+        own = _own_name(grid.plan, name)
         kind = np.float64 if name == "time" else np.float32
         variable = file.create_variable(
             own, axes, kind, fillvalue=kind(np.nan), chunks=chunks, compression="gzip", compression_opts=1
         )
-        _describe(variable, BY_KEY["result"].unit(name), name)
+        _describe(variable, BY_KEY[_table(name)].unit(name.rpartition(".")[2]), name)
     most = 0
     for number, frame in kept:
         if not fixed and len(frame) > most:
             most = len(frame)
-            file.resize_dimension("step", most)
+            file.resize_dimension("row", most)
         if fixed and len(frame) != len(first[1]):
             continue
         for name in names:
-            own = f"{name}_course" if name in grid.plan.measures else name
-            file[own][(*grid.at(number), slice(0, len(frame)))] = frame[name].to_numpy()
+            file[_own_name(grid.plan, name)][(*grid.at(number), slice(0, len(frame)))] = frame[name].to_numpy()
+
+
+def _own_name(plan: Plan, name: str) -> str:
+    own = name.replace(".", "_")
+    return f"{own}_course" if own in plan.measures else own

@@ -68,6 +68,16 @@ def fit_parabola(x: ArrayLike, y: ArrayLike) -> Fit:
     return _made(values, {}, lambda t: np.polyval(best, np.asarray(t)))
 
 
+def fit_log_parabola(x: ArrayLike, y: ArrayLike) -> Fit:
+    """A parabola over log10(x), with its `optimum` in the unit of x."""
+    x = np.asarray(x, dtype=float)
+    if not (x > 0).all():
+        raise ValueError("a logarithm needs x above 0")
+    fit = fit_parabola(np.log10(x), y)
+    values = fit.values | {"optimum": 10.0 ** fit.values["optimum"]}
+    return _made(values, {}, lambda t: fit.curve(np.log10(np.asarray(t))))
+
+
 def fit_hyperbola(speed: ArrayLike, force: ArrayLike) -> Fit:
     """Hill's hyperbola. Forces count relative to that at speed 0, if there is one, which is `F0`."""
     speed, force = np.asarray(speed, dtype=float), np.asarray(force, dtype=float)
@@ -96,6 +106,7 @@ CURVES = {
     "hill_hyperbola": Curve(fit_hyperbola, 3),
     "line": Curve(fit_line, 3),
     "parabola": Curve(fit_parabola, 4),
+    "log_parabola": Curve(fit_log_parabola, 4),
 }
 
 
@@ -141,7 +152,7 @@ def _fit_group(plan: FitPlan, group: object, rows: pd.DataFrame) -> FitResult:
     means = _means(x)
     inside = means[np.isfinite(means)]
     low, high = plan.within or (inside.min(), inside.max())
-    fine = np.linspace(low, high, 100)
+    fine = np.geomspace(low, high, 100) if plan.curve == "log_parabola" else np.linspace(low, high, 100)
     seeds = y.shape[1]
     again = _resampled(plan, x, y) if seeds >= LEAST_SEEDS else []
     if len(again) < RESAMPLES / 2:

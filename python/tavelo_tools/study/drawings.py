@@ -9,6 +9,7 @@ import numpy as np
 import pandas as pd
 
 from ..style import INK, LIGHT, STYLE
+from ..tables import BY_KEY
 from .bootstrap import interval
 from .measures import Time
 from .toml_text import Table
@@ -19,6 +20,7 @@ if TYPE_CHECKING:
 
 WIDTH, HEIGHT = 3.4, 2.6  # inches of a panel: one column of a journal
 DPI = 300
+MOST_LETTERS = 32  # of an axis
 MARKERS = "osD^vP<>X"
 KEYS = ("x", "y", "by", "course", "against", "over", "only", "log", "reverse", "title")
 
@@ -55,7 +57,7 @@ class CourseLine:
     y: np.ndarray
 
 
-def read_figures(table: Table, columns: Sequence[str], courses: Sequence[str]) -> dict[str, Figure]:
+def read_figures(table: Table, columns: Sequence[str]) -> dict[str, Figure]:
     """The [figure] table of a plan: each entry a table, or a list of them."""
     figures = {}
     for name, value in table.values.items():
@@ -63,11 +65,11 @@ def read_figures(table: Table, columns: Sequence[str], courses: Sequence[str]) -
         if not listed or not all(isinstance(item, dict) for item in listed):
             raise table.fail(name, "is no table { ... }, nor a list of them")
         entries = [table.inner(name, item) for item in listed]
-        figures[name] = Figure(tuple(_read_panel(entry, columns, courses) for entry in entries))
+        figures[name] = Figure(tuple(_read_panel(entry, columns) for entry in entries))
     return figures
 
 
-def _read_panel(entry: Table, columns: Sequence[str], courses: Sequence[str]) -> Panel:
+def _read_panel(entry: Table, columns: Sequence[str]) -> Panel:
     entry.allow(KEYS)
     y = entry.get("y", (str, list), [], "columns")
     panel = Panel(
@@ -84,17 +86,13 @@ def _read_panel(entry: Table, columns: Sequence[str], courses: Sequence[str]) ->
     )
     if (panel.course is None) == (panel.x is None or not panel.y):
         raise entry.fail("", "needs either x and y, or course")
-    for key, known, names in (
-        ("x", columns, (panel.x,)),
-        ("y", columns, panel.y),
-        ("by", columns, (panel.by,)),
-        ("course", courses, (panel.course,)),
-        ("against", courses, (panel.against,)),
-        ("only", columns, tuple(panel.only)),
-    ):
+    for key, names in (("x", (panel.x,)), ("y", panel.y), ("by", (panel.by,)), ("only", panel.only)):
         for name in names:
-            if name is not None and name not in known:
-                raise entry.fail(key, f"is '{name}'; accepted: {', '.join(known)}")
+            if name is not None and name not in columns:
+                raise entry.fail(key, f"is '{name}'; accepted: {', '.join(columns)}")
+    for key, name in (("course", panel.course), ("against", panel.against)):
+        if name and (name.rpartition(".")[0] or "result") not in BY_KEY:
+            raise entry.fail(key, f"is '{name}'; accepted: a column of result, or table.column")
     return panel
 
 
@@ -171,13 +169,18 @@ def _draw_measures(axes: Any, panel: Panel, data: Drawn) -> None:
         fitted = [r for r in _results(panel, name, data) if panel.by is None or r.group == label]
         _draw_points(axes, panel.x, name, group, colour, marker, ", ".join(words), joined=not fitted)
         for result in fitted:
-            axes.plot(result.x, result.fit.curve(result.x), color=colour)
+            told = _fitted_values(result) if len(series) == 1 else None
+            axes.plot(result.x, result.fit.curve(result.x), color=colour, label=told)
             axes.fill_between(result.x, *result.band, color=colour, alpha=0.18, linewidth=0)
     axes.set_xlabel(_label(data.plan, panel.x))
-    axes.set_ylabel(", ".join(short(n) for n in panel.y) + _unit(data.plan, panel.y[0], " [{}]"))
+    axes.set_ylabel(_broken(", ".join(short(n) for n in panel.y) + _unit(data.plan, panel.y[0], " [{}]")))
     low, high = axes.get_ylim()
     if low < 0 < high:
         axes.axhline(0.0, color=INK, linewidth=0.5)
+
+
+def _fitted_values(result: "FitResult") -> str:
+    return "\n".join(f"{name} = {value:.4g}" for name, value in result.fit.values.items())
 
 
 def _results(panel: Panel, y: str, data: Drawn) -> "list[FitResult]":
@@ -212,10 +215,19 @@ def _mean(values: pd.Series) -> Any:
 def _draw_courses(axes: Any, panel: Panel, data: Drawn) -> None:
     for place, line in enumerate(data.lines(panel)):
         axes.plot(line.x, line.y, color=LIGHT[place % len(LIGHT)], linewidth=0.8, label=line.label or None)
-    units = {"force": "pN per thick filament", "displacement_actin": "nm per half-sarcomere"}
-    axes.set_xlabel(f"{panel.against} [{units.get(panel.against, '')}]" if panel.against else "Time [ms]")
-    unit = units.get(panel.course or "", "")
-    axes.set_ylabel(f"{panel.course}" + (f" [{unit}]" if unit else ""))
+    axes.set_xlabel(_course_label(panel.against) if panel.against else "Time [ms]")
+    axes.set_ylabel(_broken(_course_label(panel.course or "")))
+
+
+def _broken(label: str) -> str:
+    """In two lines where one would be longer than the axis."""
+    return label.replace(" [", "\n[") if len(label) > MOST_LETTERS else label
+
+
+def _course_label(name: str) -> str:
+    table, _, column = name.rpartition(".")
+    unit = BY_KEY[table or "result"].unit(column)
+    return f"{column} [{unit}]" if unit else column
 
 
 def chosen(panel: Panel, rows: pd.DataFrame) -> pd.DataFrame:

@@ -197,8 +197,10 @@ def _read_column(entry: Table, common: dict[str, Any], unit: str, known: list[st
 def _unit(table: str, column: str, take: str, per: str | None) -> str:
     """Of a measure, by that of its column; the time of a run is taken as s."""
     unit, _, each = BY_KEY[table].unit(column).partition(" per ")
-    unit = TAKES[take].unit.format("s" if unit == "time" else unit.replace("/time", "/s"))
+    form = TAKES[take].unit
+    unit = form.format("s" if unit == "time" else unit.replace("/time", "/s"))
     unit = f"1{unit}" if unit.startswith("/") else unit.strip()
+    each = each if "{}" in form else ""
     return " per ".join(part for part in (unit, each, per) if part)
 
 

@@ -8,6 +8,7 @@ from dataclasses import dataclass
 from pathlib import Path
 from typing import Any
 
+from ..tables import BY_KEY
 from . import curves, drawings
 from .errors import StudyError
 from .formulas import Formula, Template, Value, shown
@@ -17,7 +18,7 @@ from .toml_text import Table
 KEYS = ("title", "base", "seeds", "keep", "store", "courses", "vary", "derive", "set", "write",
         "measure", "fit", "figure", "unit")  # fmt: skip
 KEEP = ("all", "results", "measures")
-RESERVED = {"run", "seed", "status", "seconds", "message", "mode", "time", "step"}
+RESERVED = {"run", "condition", "seed", "status", "seconds", "message", "mode", "time", "row"}
 SEED = "simulation.prm:global/random_seed"
 _PATH = re.compile(r"^([^:/]+):(.+)$")
 
@@ -159,7 +160,7 @@ class _Reader:
             writes=writes,
             measures=measures,
             fits=fits,
-            figures=drawings.read_figures(top.table("figure"), columns, courses),
+            figures=drawings.read_figures(top.table("figure"), columns),
             units=self._read_units(columns),
         )
 
@@ -227,9 +228,9 @@ class _Reader:
         return templates
 
     def _read_courses(self) -> tuple[str, ...]:
-        accepted = "columns of result"
+        accepted = "columns of result, or table.column"
         courses = self.top.get("courses", list, ["force", "displacement_actin", "bound_heads"], accepted)
-        if not all(isinstance(name, str) for name in courses):
+        if not all(isinstance(name, str) and (name.rpartition(".")[0] or "result") in BY_KEY for name in courses):
             raise self.top.fail("courses", f"is {courses}; accepted: {accepted}")
         return tuple(courses)
 

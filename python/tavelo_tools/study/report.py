@@ -43,7 +43,9 @@ def _problems(runs: pd.DataFrame) -> list[str]:
     missing = int((runs["status"] == "missing").sum())
     found = [f"{missing} of {len(runs)} runs are missing"] if missing else []
     told = runs[runs["message"] != ""]
-    for (status, message), rows in told.groupby(["status", "message"], sort=False):
+    alike = told["message"].str.replace(r"\d[\d.e+-]*", "0", regex=True)  # but for their numbers
+    for (status, _), rows in told.groupby(["status", alike], sort=False):
+        message = rows["message"].iloc[0]
         names = ", ".join(rows["run"].str[:8].head(3)) + (f" and {len(rows) - 3} more" if len(rows) > 3 else "")
         found.append(f"{names}: {'failed: ' if status == 'failed' else ''}{message}")
     return found

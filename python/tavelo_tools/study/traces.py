@@ -57,9 +57,10 @@ def k_redevelopment(trace: Trace) -> float:
     return _rate(trace, int(trace.values.argmin()), 1.0, "redevelop")
 
 
-def k_relaxation(trace: Trace) -> float:
-    """Rate k of y = a - b (1 - exp(-k t)) from the highest value on."""
-    return _rate(trace, int(trace.values.argmax()), -1.0, "relax")
+def k_recovery(trace: Trace) -> float:
+    """Rate k of y = a + b (1 - exp(-k t)) from the first value on, upwards or downwards."""
+    later = trace.values[-max(len(trace.values) // 4, 1) :].mean()
+    return _rate(trace, 0, 1.0 if later > trace.values[0] else -1.0, "recover")
 
 
 def _rate(trace: Trace, first: int, sign: float, verb: str) -> float:
@@ -126,7 +127,7 @@ def _plain(function: Callable[[np.ndarray], np.floating]) -> Callable[[Trace], f
 
 @dataclass(frozen=True)
 class Take:
-    """A way to make a number of a trace, and its unit from that of the column."""
+    """A way to make a number of a trace, and its unit from that of the column, {}."""
 
     function: Callable[[Trace], float]
     unit: str = "{}"
@@ -144,7 +145,7 @@ TAKES = {
     "time_to_peak": Take(time_to_peak, "s"),
     "half_relaxation": Take(half_relaxation, "s"),
     "k_tr": Take(k_redevelopment, "1/s"),
-    "k_relax": Take(k_relaxation, "1/s"),
+    "k_recover": Take(k_recovery, "1/s"),
     "work": Take(work, "{} nm"),
     "power": Take(power, "{} nm/s"),
     "rate": Take(_rate_of_events, "1/s", of_events=True),
