@@ -12,7 +12,7 @@ import pandas as pd
 import pytest
 import xarray
 from tavelo_tools import Study
-from tavelo_tools.study import StudyError, traces
+from tavelo_tools.study import StudyError, experiments, traces
 from tavelo_tools.study.bootstrap import interval
 from tavelo_tools.study.curves import FitPlan, fit
 from tavelo_tools.study.errors import Refused
@@ -85,7 +85,7 @@ LOOP = {"length": 3 * np.sin(20 * np.pi * TIME), "frequency": 10.0}
 @pytest.mark.parametrize("take, values, more, expected", [
     ("slope", 5 - 3 * TIME, {}, -3.0),
     ("k_tr", np.where(TIME < 0.1, 9.0, 10 - 10 * np.exp(-12 * (TIME - 0.1))) + 0.05 * NOISE, {}, 12.0),
-    ("k_relax", 4 * np.exp(-30 * TIME), {}, 30.0),
+    ("k_recover", 4 * np.exp(-30 * TIME), {}, 30.0),
     ("k_tr", 10 + 0.5 * NOISE, {}, Refused),  # steady
     ("k_tr", 10 - TIME, {}, Refused),  # falls throughout
     ("k_tr", TIME, {}, Refused),  # no plateau
@@ -223,3 +223,20 @@ def test_killed_in_the_middle_a_study_goes_on(tmp_path: Path) -> None:
     assert len(after) == 12
     assert after.items() >= before.items()
     assert json.loads(next(iter(after)).read_bytes())["status"] == "done"
+
+
+EXAMPLES = ROOT / "examples"
+BASES = {"force-pca": "force_pca", "twitch": "twitch", "work-loop": "flight_muscle", "turnover": "atpase"}
+
+
+@pytest.mark.parametrize("plan", sorted(EXAMPLES.glob("*/*.toml")), ids=lambda path: path.stem)
+def test_the_program_accepts_the_plans_of_the_examples(plan: Path, tmp_path: Path) -> None:
+    Study.load(plan, out=tmp_path).check()
+
+
+@pytest.mark.parametrize("name", experiments.names())
+def test_the_program_accepts_the_plan_of_every_experiment(name: str, tmp_path: Path) -> None:
+    base, plan = EXAMPLES / BASES.get(name, "duke_step_response"), tmp_path / "plan.toml"
+    subprocess.run([*COMMAND, "new", name, base, "--out", plan], check=True)
+    Study.load(plan).check()
+    assert (ROOT / "docs" / "methods" / f"{name}.md").is_file()

@@ -10,7 +10,7 @@ import pandas as pd
 
 from ..style import INK, LIGHT, STYLE
 from ..tables import BY_KEY
-from .bootstrap import interval
+from .bootstrap import LEAST_SEEDS, interval
 from .measures import Time
 from .toml_text import Table
 
@@ -262,6 +262,10 @@ def write_figure(figure: Figure, data: Drawn, path: Path) -> None:
         drawn, grid = plt.subplots(1, count, figsize=(WIDTH * count, HEIGHT), layout="constrained", squeeze=False)
         for axes, panel in zip(grid.flat, figure.panels):
             drawer(panel, data)(axes)
+        seeds = len(data.plan.seeds)
+        if seeds > 1:
+            note = f"means of n = {seeds} seeds" + ("; bars and bands: 95 %" if seeds >= LEAST_SEEDS else "")
+            drawn.supxlabel(note, fontsize=6, x=0.99, ha="right")
         drawn.savefig(path.with_suffix(".png"), dpi=DPI)
         drawn.savefig(path.with_suffix(".pdf"), metadata={"CreationDate": None})
         plt.close(drawn)

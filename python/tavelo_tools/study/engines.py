@@ -3,22 +3,28 @@
 import logging
 import sys
 from collections.abc import Callable, Iterator
+from dataclasses import astuple
 from pathlib import Path
+from typing import Any
 
 from distributed import Client, Future, KilledWorker, LocalCluster, as_completed
 
 from .batches import Batches
 from .errors import StudyError
 from .program import go_on, stop_all
-from .work import Batch, Outcome, Place, carry_out
+from .work import Batch, Outcome, Place
 
 PACKAGES = str(Path(__file__).resolve().parents[2])
+
+
+# What is sent to workers and back consists of plain tuples, which need no package to be read.
+Task = Callable[[tuple[str, ...], Batch], list[tuple[Any, ...]]]
 
 
 class Engine:
     """Hands batches to the workers of a Dask cluster. Used in a `with` statement."""
 
-    def __init__(self, client: Client, task: Callable[[Place, Batch], list[Outcome]]) -> None:
+    def __init__(self, client: Client, task: Task) -> None:
         self._client, self._task = client, task
 
     def __enter__(self) -> "Engine":
@@ -42,7 +48,7 @@ class Engine:
                 batch = batches.take(max(1, self.workers()))
                 if not batch:
                     return
-                future = self._client.submit(self._task, place, batch, pure=False)
+                future = self._client.submit(self._task, astuple(place), batch, pure=False)
                 sent[future.key] = batch
                 underway.add(future)
 
@@ -57,11 +63,10 @@ class Engine:
 
 def _outcomes(future: Future, batch: Batch) -> list[Outcome]:
     try:
-        outcomes: list[Outcome] = future.result()
+        return [Outcome(*item) for item in future.result()]
     except KilledWorker:
         message = "every worker that took it was lost"
         return [Outcome(number, name, "stopped", 0.0, message) for number, name in batch]
-    return outcomes
 
 
 class LocalEngine(Engine):
@@ -69,10 +74,10 @@ class LocalEngine(Engine):
 
     def __init__(self, jobs: int) -> None:
         self._cluster = LocalCluster(
-            n_workers=1, threads_per_worker=jobs, processes=False, dashboard_address=None,
+            n_workers=1, threads_per_worker=jobs, processes=False, dashboard_address="127.0.0.1:0",
             silence_logs=logging.CRITICAL,
         )  # fmt: skip
-        super().__init__(Client(self._cluster, set_as_default=False), carry_out)
+        super().__init__(Client(self._cluster, set_as_default=False), _task(PACKAGES))
 
     def __exit__(self, kind: object, *_: object) -> None:
         if kind:
@@ -89,20 +94,20 @@ class RemoteEngine(Engine):
             client = Client(address, set_as_default=False, timeout=10)
         except (OSError, TimeoutError, ValueError) as error:
             raise StudyError(f"--scheduler {address}: {error or 'no answer'}") from error
-        super().__init__(client, _by_value(PACKAGES))
+        super().__init__(client, _task(PACKAGES))
         if not self.workers():
             client.close()
             raise StudyError(f"--scheduler {address}: it has no workers")
 
 
-def _by_value(packages: str) -> Callable[[Place, Batch], list[Outcome]]:
+def _task(packages: str) -> Task:
     """A task that finds this package by itself: nested functions are sent whole, not by name."""
 
-    def task(place: Place, batch: Batch) -> list[Outcome]:
+    def task(place: tuple[str, ...], batch: Batch) -> list[tuple[Any, ...]]:
         if packages not in sys.path:
             sys.path.insert(0, packages)
-        from tavelo_tools.study.work import carry_out
+        from tavelo_tools.study.work import Place, carry_out
 
-        return carry_out(place, batch)
+        return [astuple(outcome) for outcome in carry_out(Place(*place), batch)]
 
     return task
