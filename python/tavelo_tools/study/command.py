@@ -154,8 +154,8 @@ def _run(options: argparse.Namespace) -> int:
     bad = study.run(options.jobs or processors(), engine, numbers, watcher)
     if options.shard or options.chunk:
         return _end(bad, _failed_among(study, numbers or []))
-    _tell_costs(time.monotonic() - began)
     _write(study, options)
+    _tell_costs(time.monotonic() - began)
     return _end(bad, study.failures())
 
 

@@ -5,9 +5,8 @@ from dataclasses import dataclass
 
 import numpy as np
 import pandas as pd
-from numpy.typing import ArrayLike
 
-from ..fits import Fit, fit_hill_hyperbola, fit_hill_pca
+from ..fits import fit_hill_hyperbola, fit_hill_pca
 from .bootstrap import LEAST_SEEDS
 from .toml_text import Table
 
@@ -27,6 +26,14 @@ class FitPlan:
 
 
 @dataclass(frozen=True)
+class Fitted:
+    """Fitted values by name, and the curve."""
+
+    values: dict[str, float]
+    curve: Callable[[np.ndarray], np.ndarray]
+
+
+@dataclass(frozen=True)
 class FitResult:
     """A curve through the means over seeds, with 95 % intervals by bootstrap over seeds.
 
@@ -34,7 +41,7 @@ class FitResult:
 
     plan: FitPlan
     group: object  # the value of `by`
-    fit: Fit
+    fit: Fitted
     seeds: int
     low: dict[str, float]
     high: dict[str, float]
@@ -45,64 +52,57 @@ class FitResult:
         return "" if self.plan.by is None else f"{self.plan.by} = {self.group}"
 
 
-def fit_line(x: ArrayLike, y: ArrayLike) -> Fit:
+def fit_line(x: np.ndarray, y: np.ndarray) -> Fitted:
     """`slope`, `height` at x = 0, and `zero`, the x at which the line meets y = 0."""
-    (slope, height), covariance = np.polyfit(np.asarray(x), np.asarray(y), 1, cov="unscaled")
-    rest = np.asarray(y) - slope * np.asarray(x) - height
-    covariance = covariance * (rest @ rest) / max(len(rest) - 2, 1)
+    slope, height = map(float, np.polyfit(x, y, 1))
     zero = -height / slope if slope else float("nan")
-    gradient = np.array([-zero, -1.0]) / slope if slope else np.full(2, np.nan)
-    errors = [*np.sqrt(np.diag(covariance)), np.sqrt(gradient @ covariance @ gradient)]
-    names = ("slope", "height", "zero")
-    values = dict(zip(names, map(float, (slope, height, zero))))
-    return _made(values, dict(zip(names, map(float, errors))), lambda t: slope * np.asarray(t) + height)
+    return Fitted({"slope": slope, "height": height, "zero": zero}, lambda t: slope * t + height)
 
 
-def fit_parabola(x: ArrayLike, y: ArrayLike) -> Fit:
+def fit_parabola(x: np.ndarray, y: np.ndarray) -> Fitted:
     """`optimum`, the x of the extreme, `height` there, and `curvature` c of c (x - optimum)^2."""
-    best = np.polyfit(np.asarray(x), np.asarray(y), 2)
+    best = np.polyfit(x, y, 2)
     if best[0] == 0:
         raise ValueError("the points lie on a line")
-    optimum = -best[1] / (2 * best[0])
-    values = {"optimum": float(optimum), "height": float(np.polyval(best, optimum)), "curvature": float(best[0])}
-    return _made(values, {}, lambda t: np.polyval(best, np.asarray(t)))
+    optimum = float(-best[1] / (2 * best[0]))
+    values = {"optimum": optimum, "height": float(np.polyval(best, optimum)), "curvature": float(best[0])}
+    return Fitted(values, lambda t: np.polyval(best, t))
 
 
-def fit_log_parabola(x: ArrayLike, y: ArrayLike) -> Fit:
+def fit_log_parabola(x: np.ndarray, y: np.ndarray) -> Fitted:
     """A parabola over log10(x), with its `optimum` in the unit of x."""
-    x = np.asarray(x, dtype=float)
     if not (x > 0).all():
         raise ValueError("a logarithm needs x above 0")
-    fit = fit_parabola(np.log10(x), y)
-    values = fit.values | {"optimum": 10.0 ** fit.values["optimum"]}
-    return _made(values, {}, lambda t: fit.curve(np.log10(np.asarray(t))))
+    fitted = fit_parabola(np.log10(x), y)
+    values = fitted.values | {"optimum": 10.0 ** fitted.values["optimum"]}
+    return Fitted(values, lambda t: fitted.curve(np.log10(t)))
 
 
-def fit_hyperbola(speed: ArrayLike, force: ArrayLike) -> Fit:
-    """Hill's hyperbola. Forces count relative to that at speed 0, if there is one, which is `F0`."""
-    speed, force = np.asarray(speed, dtype=float), np.asarray(force, dtype=float)
+def fit_hill(pca: np.ndarray, force: np.ndarray) -> Fitted:
+    """Hill's curve over pCa: `F0`, `pCa50`, `n`."""
+    found = fit_hill_pca(pca, force)
+    return Fitted(found.values, found.curve)
+
+
+def fit_hyperbola(speed: np.ndarray, force: np.ndarray) -> Fitted:
+    """Hill's hyperbola: `v0`, `a/F0`. Forces count relative to that at speed 0, if there is one, `F0`."""
     still = speed == 0.0
     isometric = float(force[still].mean()) if still.any() else 1.0
-    fit = fit_hill_hyperbola(speed, force / isometric)
-    values = fit.values | ({"F0": isometric} if still.any() else {})
-    return _made(values, fit.errors, lambda t: isometric * fit.curve(t))
-
-
-def _made(values: dict[str, float], errors: dict[str, float], curve: Callable[[ArrayLike], np.ndarray]) -> Fit:
-    known = {name: errors.get(name, float("nan")) for name in values}
-    return Fit(values, known, curve)
+    found = fit_hill_hyperbola(speed, force / isometric)
+    values = found.values | ({"F0": isometric} if still.any() else {})
+    return Fitted(values, lambda t: isometric * found.curve(t))
 
 
 @dataclass(frozen=True)
 class Curve:
     """A curve by name: what fits it, and how many points it needs."""
 
-    fit: Callable[[ArrayLike, ArrayLike], Fit]
+    fit: Callable[[np.ndarray, np.ndarray], Fitted]
     points: int
 
 
 CURVES = {
-    "hill_pca": Curve(fit_hill_pca, 4),
+    "hill_pca": Curve(fit_hill, 4),
     "hill_hyperbola": Curve(fit_hyperbola, 3),
     "line": Curve(fit_line, 3),
     "parabola": Curve(fit_parabola, 4),
@@ -163,7 +163,7 @@ def _fit_group(plan: FitPlan, group: object, rows: pd.DataFrame) -> FitResult:
     return FitResult(plan, group, best, seeds, lows, highs, fine, band)
 
 
-def _fit_means(plan: FitPlan, x: np.ndarray, y: np.ndarray) -> Fit:
+def _fit_means(plan: FitPlan, x: np.ndarray, y: np.ndarray) -> Fitted:
     known = np.isfinite(x) & np.isfinite(y)
     mean_x, mean_y = (_means(np.where(known, values, np.nan)) for values in (x, y))
     used = np.isfinite(mean_x) & np.isfinite(mean_y)
@@ -183,7 +183,7 @@ def _means(values: np.ndarray) -> np.ndarray:
     return np.where(count > 0, total / np.maximum(count, 1), np.nan)
 
 
-def _resampled(plan: FitPlan, x: np.ndarray, y: np.ndarray) -> list[Fit]:
+def _resampled(plan: FitPlan, x: np.ndarray, y: np.ndarray) -> list[Fitted]:
     """Fits with seeds drawn anew, a seed always with all of its runs."""
     chance = np.random.default_rng(1)
     found = []

@@ -28,7 +28,7 @@ def report(study: Study, reports: bool = False) -> tuple[Path, list[str]]:
     fits = {name: results for name, (results, _) in tried.items()}
     tables = {"runs": runs, "summary": study.summary(runs), "fits": fit_rows(fits)}
     for name, table in tables.items():
-        table.drop(columns="condition", errors="ignore").to_csv(out / f"{name}.csv", index=False)
+        table.drop(columns=["condition", "defaults"], errors="ignore").to_csv(out / f"{name}.csv", index=False)
     write_courses(plan, study.store, runs, out / "study.nc")
     problems = _problems(runs) + [text for _, texts in tried.values() for text in texts]
     _write_reports(study, runs if reports else runs[runs["status"] == "failed"])
@@ -42,6 +42,8 @@ def report(study: Study, reports: bool = False) -> tuple[Path, list[str]]:
 def _problems(runs: pd.DataFrame) -> list[str]:
     missing = int((runs["status"] == "missing").sum())
     found = [f"{missing} of {len(runs)} runs are missing"] if missing else []
+    for files in sorted(set(runs["defaults"]) - {""}):
+        found.append(f"default values were used of files that aren't in the base folder: {files}")
     told = runs[runs["message"] != ""]
     alike = told["message"].str.replace(r"\d[\d.e+-]*", "0", regex=True)  # but for their numbers
     for (status, _), rows in told.groupby(["status", alike], sort=False):

@@ -41,6 +41,7 @@ def _rows(plan: Plan, records: Callable[[int], tuple[str, Record | None]]) -> It
             "status": status,
             "seconds": record["seconds"] if record else float("nan"),
             "message": "; ".join(messages),
+            "defaults": " ".join(record.get("defaults", [])) if record else "",
         }
 
 

@@ -4,6 +4,7 @@ import contextlib
 import hashlib
 import json
 import os
+import re
 import shutil
 import time
 from dataclasses import dataclass
@@ -19,6 +20,7 @@ from .plan import Plan, read_plan
 from .program import Ended, run_program
 from .store import Record, Store
 
+_DEFAULTS = re.compile(r"warning: parameter file (\S+) was missing")
 Batch = list[tuple[int, str]]  # numbers and names of runs
 
 
@@ -145,6 +147,8 @@ def _seconds(folder: Path, since: float) -> tuple[float, float]:
 
 
 def _new_record(run: RunInput, told: list[str], seconds: float) -> Record:
+    defaults = [found[1] for text in told if (found := _DEFAULTS.match(text))]
+    told = [text for text in told if not _DEFAULTS.match(text)]
     return {
         "run": run.name,
         "status": "done",
@@ -152,6 +156,7 @@ def _new_record(run: RunInput, told: list[str], seconds: float) -> Record:
         "seconds": round(seconds, 3),
         "seed": run.seed,
         "values": run.values,
+        "defaults": defaults,
         "measures": {},
     }
 
