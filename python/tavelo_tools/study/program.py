@@ -1,18 +1,24 @@
 """The program: where it is, what it is, and how directories are given to it."""
 
+import contextlib
 import os
 import re
 import shutil
 import signal
 import subprocess
+import tempfile
 import threading
+from collections.abc import Callable
 from dataclasses import dataclass, field
 from pathlib import Path
+from typing import TextIO
 
 from .errors import StudyError
 
 ROOT = Path(__file__).resolve().parents[3]
 RELEASE_BUILD = ROOT / "build" / "release" / "tavelo"
+LISTING = "TaveloOutput.lst"  # which a run writes first
+BETWEEN_LOOKS = 1.0  # s
 _LINE = re.compile(r"^tavelo: ([^:]+): (.*)$")
 _FAILED = re.compile(r"failed(: | with exit status )")
 _INTERRUPTED = re.compile(r"interrupted by SIG(INT|TERM)|failed: (Terminated|Interrupt)")
@@ -56,23 +62,60 @@ class Ended:
     rest: str = ""  # what it told of none
 
 
-def run_program(program: Path, folder: Path, names: list[str], *options: str) -> Ended:
-    """Runs in the directories of a folder, one after the other."""
+def run_program(
+    program: Path, folder: Path, names: list[str], *options: str, on_end: Callable[[list[str], Ended], None] | None = None
+) -> Ended:
+    """Runs in the directories of a folder, one after the other.
+
+    `on_end` is told about once a second which of them have ended, each once, while others go on; those
+    that end last it isn't told of."""
     command = [str(program), "-q", *options, "-"]
     if shutil.which("setpriv"):  # nobody would stop the program if this process were killed
         command = ["setpriv", "--pdeathsig", "TERM", *command]
-    process = subprocess.Popen(
-        command, cwd=folder, stdin=subprocess.PIPE, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE,
-        text=True, errors="replace", start_new_session=True,
-    )  # fmt: skip
-    _live.add(process)
+    # Appending, as the place at which to read and to write is one for both processes.
+    with tempfile.TemporaryFile("a+", errors="replace") as messages:
+        process = subprocess.Popen(
+            command, cwd=folder, stdin=subprocess.PIPE, stdout=subprocess.DEVNULL, stderr=messages,
+            text=True, start_new_session=True,
+        )  # fmt: skip
+        _live.add(process)
+        try:
+            if _stopping.is_set():
+                process.terminate()
+            assert process.stdin
+            with contextlib.suppress(BrokenPipeError):
+                process.stdin.write("\n".join(names) + "\n")
+                process.stdin.close()
+            going = list(names)
+            while (status := _wait(process)) is None:
+                if on_end:
+                    ended = _ended(0, _text(messages), set(names))
+                    over = _over(folder, going, ended)
+                    del going[: len(over)]
+                    on_end(over, ended)
+        finally:
+            _live.discard(process)
+        return _ended(status, _text(messages), set(names))
+
+
+def _wait(process: subprocess.Popen[str]) -> int | None:
     try:
-        if _stopping.is_set():
-            process.terminate()
-        _, text = process.communicate("\n".join(names))
-    finally:
-        _live.discard(process)
-    return _ended(process.returncode, text, set(names))
+        return process.wait(timeout=BETWEEN_LOOKS)
+    except subprocess.TimeoutExpired:
+        return None
+
+
+def _text(messages: TextIO) -> str:
+    messages.seek(0)
+    return messages.read()
+
+
+def _over(folder: Path, going: list[str], ended: Ended) -> list[str]:
+    """Those behind which another one has begun, or failed to."""
+    for place in range(len(going) - 1, 0, -1):
+        if going[place] in ended.failed or (folder / going[place] / LISTING).exists():
+            return going[:place]
+    return []
 
 
 def _ended(status: int, text: str, names: set[str]) -> Ended:

@@ -15,11 +15,13 @@ from .results import fit_rows
 from .study import Study
 from .work import processors
 
+MOST_FAILED = 3  # of which a page is made without being asked
+
 
 def report(study: Study, reports: bool = False) -> tuple[Path, list[str]]:
     """Writes runs.csv, summary.csv, fits.csv, study.nc, the figures and study.html.
 
-    With `reports` every run gets its own page, else those that have failed. Returns the page and,
+    With `reports` every run gets its own page, else the first that have failed. Returns the page and,
     in words, what is missing: runs, measures, fits."""
     out, plan = study.out, study.plan
     out.mkdir(parents=True, exist_ok=True)
@@ -31,7 +33,8 @@ def report(study: Study, reports: bool = False) -> tuple[Path, list[str]]:
         table.drop(columns=["condition", "defaults"], errors="ignore").to_csv(out / f"{name}.csv", index=False)
     write_courses(plan, study.store, runs, out / "study.nc")
     problems = _problems(runs) + [text for _, texts in tried.values() for text in texts]
-    _write_reports(study, runs if reports else runs[runs["status"] == "failed"])
+    failed = runs[runs["status"] == "failed"]
+    _write_reports(study, runs if reports else failed.head(MOST_FAILED))
     data = Drawn(plan, runs, fits, partial(course_lines, plan, study.store, runs))
     figures = _write_figures(study, data)
     page = out / "study.html"

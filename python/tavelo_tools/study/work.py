@@ -84,21 +84,29 @@ def _compute(place: Place, runs: list[RunInput]) -> list[Outcome]:
     session = store.session()
     for run in runs:
         write_input(session / run.name, run)
+    going = {run.name: run for run in runs}
+    outcomes: list[Outcome] = []
     since = time.time()
-    ended = run_program(Path(place.program), session, [run.name for run in runs])
-    outcomes, unknown = [], []
-    for run in runs:
-        attempt = session / run.name
-        if run.name in ended.failed and not ended.was_interrupted:
-            outcomes.append(_record_failed(store, run, attempt, ended.failed[run.name]))
-        elif _has_finished(attempt, ended):
-            seconds, since = _seconds(attempt, since)
-            record = _new_record(run, ended.told.get(run.name, []), seconds)
-            record["measures"] = (store.read(run.name) or record)["measures"]
-            outcomes.append(_record_done(plan, store, run, attempt, record))
-        else:
-            unknown.append(run)
-    return outcomes + _without_result(place, unknown, ended)
+
+    def settle(names: list[str], ended: Ended) -> None:
+        """Records runs that have ended, so that they aren't lost with those that go on."""
+        nonlocal since
+        for name in names:
+            run, attempt = going[name], session / name
+            if name in ended.failed and not ended.was_interrupted:
+                outcomes.append(_record_failed(store, run, attempt, ended.failed[name]))
+            elif _has_finished(attempt, ended):
+                seconds, since = _seconds(attempt, since)
+                record = _new_record(run, ended.told.get(name, []) + _excess(attempt), seconds)
+                record["measures"] = (store.read(name) or record)["measures"]
+                outcomes.append(_record_done(plan, store, run, attempt, record))
+            else:
+                continue
+            del going[name]
+
+    ended = run_program(Path(place.program), session, list(going), on_end=settle)
+    settle(list(going), ended)
+    return outcomes + _without_result(place, list(going.values()), ended)
 
 
 def _without_result(place: Place, runs: list[RunInput], ended: Ended) -> list[Outcome]:
@@ -127,6 +135,13 @@ def _run_json(folder: Path) -> Record:
         record: Record = json.loads((folder / "run.json").read_bytes())
         return record
     return {}
+
+
+def _excess(folder: Path) -> list[str]:
+    """What the run itself says of steps that were too long for its rates."""
+    excess = _run_json(folder).get("probabilities_above_1") or {}
+    steps = excess.get("steps", 0)
+    return [f"probabilities above 1 in {steps} steps, up to {excess['largest_sum']}"] if steps else []
 
 
 def _has_finished(folder: Path, ended: Ended) -> bool:
