@@ -17,7 +17,7 @@ from .fits import (
 from .read import Problem, Run, RunError, read_run
 
 if TYPE_CHECKING:
-    from .study import Study
+    from .study import Study, StudyError
 
 __all__ = [
     "Fit",
@@ -25,6 +25,7 @@ __all__ = [
     "Run",
     "RunError",
     "Study",
+    "StudyError",
     "fit_hill_hyperbola",
     "fit_hill_pca",
     "hill_hyperbola",
@@ -37,8 +38,8 @@ __all__ = [
 
 def __getattr__(name: str) -> object:
     """Loads what studies need when it is first asked for."""
-    if name == "Study":
-        from .study import Study
+    if name in ("Study", "StudyError"):
+        from . import study
 
-        return Study
+        return getattr(study, name)
     raise AttributeError(f"module {__name__!r} has no attribute {name!r}")

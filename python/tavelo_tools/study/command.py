@@ -179,16 +179,19 @@ def _end(bad: list[Outcome], failed: list[tuple[int, str, str]]) -> int:
 def _tell_costs(seconds: float) -> None:
     own, runs = (resource.getrusage(who) for who in (resource.RUSAGE_SELF, resource.RUSAGE_CHILDREN))
     cpu, overhead = runs.ru_utime + runs.ru_stime, own.ru_utime + own.ru_stime
-    print(f"{seconds:.1f} s; runs used {cpu:.1f} s of processor time, the study {overhead:.1f} s")
+    text = f"{seconds:.1f} s; runs used {cpu:.1f} s of processor time, the study {overhead:.1f} s"
+    print(text, file=sys.stderr)
 
 
 def _write(study: Study, options: argparse.Namespace) -> None:
     from .report import report
 
-    page, problems = report(study, options.reports)
-    for text in problems[:MOST_SHOWN]:
+    written = report(study, options.reports)
+    for text in written.problems[:MOST_SHOWN]:
         _tell(f"noticed: {text}")
-    print(page)
+    if written.told:
+        print(written.told)
+    print(os.path.relpath(written.page))
 
 
 def _submit(study: Study, options: argparse.Namespace) -> int:

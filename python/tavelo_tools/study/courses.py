@@ -13,8 +13,9 @@ import pandas as pd
 from ..protocol import FROM_PRESENT, read_protocol
 from ..read import read_run
 from ..tables import BY_KEY
-from .drawings import CourseLine, Panel, chosen, short
+from .drawings import CourseLine, Panel, chosen
 from .formulas import Value
+from .names import short
 from .plan import Plan
 from .store import Store
 

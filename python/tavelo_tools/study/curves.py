@@ -8,6 +8,7 @@ import pandas as pd
 
 from ..fits import fit_hill_hyperbola, fit_hill_pca
 from .bootstrap import LEAST_SEEDS
+from .names import short
 from .toml_text import Table
 
 RESAMPLES = 400
@@ -48,8 +49,9 @@ class FitResult:
     x: np.ndarray
     band: np.ndarray  # lower and upper limits over x
 
-    def label(self) -> str:
-        return "" if self.plan.by is None else f"{self.plan.by} = {self.group}"
+    def label(self, before: str = "") -> str:
+        """Which of the values of `by` it is of; empty if there is no `by`."""
+        return "" if self.plan.by is None else f"{before}{short(self.plan.by)} = {self.group}"
 
 
 def fit_line(x: np.ndarray, y: np.ndarray) -> Fitted:

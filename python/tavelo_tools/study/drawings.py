@@ -12,6 +12,7 @@ from ..style import INK, LIGHT, STYLE
 from ..tables import BY_KEY
 from .bootstrap import LEAST_SEEDS, interval
 from .measures import Time
+from .names import short
 from .toml_text import Table
 
 if TYPE_CHECKING:
@@ -235,11 +236,6 @@ def chosen(panel: Panel, rows: pd.DataFrame) -> pd.DataFrame:
     for name, values in panel.only.items():
         rows = rows[rows[name].isin(values)]
     return rows
-
-
-def short(name: str) -> str:
-    """A column's name as figures have it: a parameter by its key."""
-    return name.rpartition("/")[2] if ":" in name else name
 
 
 def _label(plan: "Plan", name: str) -> str:

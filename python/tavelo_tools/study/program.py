@@ -28,13 +28,12 @@ _stopping = threading.Event()
 
 
 def find_program(named: Path | None) -> Path:
-    """The program that is named, else that of the environment, the installed or the built one."""
+    """The program that is named, else that of TAVELO in the environment, that in the path, the built one."""
     if named:
         return _existing(named)
     if "TAVELO" in os.environ:
         return _existing(Path(os.environ["TAVELO"]))
-    found = shutil.which("tavelo")
-    return _existing(RELEASE_BUILD if RELEASE_BUILD.is_file() or not found else Path(found))
+    return _existing(Path(shutil.which("tavelo") or RELEASE_BUILD))
 
 
 def _existing(path: Path) -> Path:

@@ -1,6 +1,7 @@
 """Writes what came out of a study: tables, courses, figures and the page."""
 
 from concurrent.futures import ProcessPoolExecutor
+from dataclasses import dataclass
 from functools import partial
 from pathlib import Path
 
@@ -11,18 +12,26 @@ from ..report import write_report
 from .courses import course_lines, write_courses
 from .drawings import Drawn, Figure, usual_figures, write_figure
 from .page import study_page
-from .results import fit_rows
+from .results import fit_rows, told
 from .study import Study
 from .work import processors
 
 MOST_FAILED = 3  # of which a page is made without being asked
 
 
-def report(study: Study, reports: bool = False) -> tuple[Path, list[str]]:
+@dataclass(frozen=True)
+class Written:
+    """The page, what there is to tell on a terminal, and what is missing: runs, measures, fits."""
+
+    page: Path
+    told: str
+    problems: list[str]
+
+
+def report(study: Study, reports: bool = False) -> Written:
     """Writes runs.csv, summary.csv, fits.csv, study.nc, the figures and study.html.
 
-    With `reports` every run gets its own page, else the first that have failed. Returns the page and,
-    in words, what is missing: runs, measures, fits."""
+    With `reports` every run gets its own page, else the first that have failed."""
     out, plan = study.out, study.plan
     out.mkdir(parents=True, exist_ok=True)
     runs = study.table()
@@ -39,7 +48,7 @@ def report(study: Study, reports: bool = False) -> tuple[Path, list[str]]:
     figures = _write_figures(study, data)
     page = out / "study.html"
     page.write_text(study_page(plan, study.store, out, tables, figures, data, problems), encoding="utf-8")
-    return page, problems
+    return Written(page, told(plan, runs, fits), problems)
 
 
 def _problems(runs: pd.DataFrame) -> list[str]:

@@ -8,10 +8,12 @@ import pandas as pd
 
 from .bootstrap import interval
 from .curves import FitResult
+from .names import short
 from .plan import Plan
 from .store import Record
 from .work import taken
 
+MOST_TOLD = 60  # conditions
 SUMMARY = ["measure", "unit", "n", "mean", "sd", "low", "high"]
 
 
@@ -79,3 +81,35 @@ def fit_rows(fits: dict[str, list[FitResult]]) -> pd.DataFrame:
                 curve, group, seeds = result.plan.curve, result.label(), result.seeds
                 rows.append((name, curve, group, parameter, value, *limits, seeds))
     return pd.DataFrame(rows, columns=["fit", "curve", "group", "parameter", "value", "low", "high", "seeds"])
+
+
+def told(plan: Plan, runs: pd.DataFrame, fits: dict[str, list[FitResult]]) -> str:
+    """Means and SD of the measures by condition, and the fits, for a terminal."""
+    done = runs[runs["status"] == "done"]
+    names = [name for name, values in plan.vary.items() if len(values) > 1]
+    rows = []
+    for _, group in done.groupby("condition", sort=True):
+        cells = {short(name): group[name].iloc[0] for name in names}
+        rows.append(cells | {name: _cell(group[name].dropna()) for name in plan.measures} | {"n": len(group)})
+    lines = [pd.DataFrame(rows[:MOST_TOLD]).to_string(index=False)] if rows and plan.measures else []
+    if len(rows) > MOST_TOLD:
+        lines.append(f"and {len(rows) - MOST_TOLD} more conditions; summary.csv has all")
+    for name, results in fits.items():
+        for result in results:
+            values = ", ".join(_fitted(result, parameter) for parameter in result.fit.values)
+            lines.append(f"{name}{result.label(' at ')}: {values}")
+    return "\n".join(lines)
+
+
+def _cell(values: pd.Series) -> str:
+    """Mean and SD."""
+    if not len(values):
+        return ""
+    return f"{values.mean():.4g}" + (f" \u00b1 {values.std():.2g}" if len(values) > 1 else "")
+
+
+def _fitted(result: FitResult, parameter: str) -> str:
+    value = f"{parameter} = {result.fit.values[parameter]:.4g}"
+    if parameter not in result.low:
+        return value
+    return f"{value} ({result.low[parameter]:.4g} to {result.high[parameter]:.4g})"

@@ -79,25 +79,25 @@ class Study:
         return version_of(self.program)
 
     @cached_property
-    def inputs(self) -> Inputs:
+    def _inputs(self) -> Inputs:
         """Of all runs, with the version of the program."""
         return Inputs(self.plan, self._version)
 
     @cached_property
-    def place(self) -> Place:
+    def _place(self) -> Place:
         """What workers are told."""
         return make_place(self.plan, self.store.runs, self.program, self._version)
 
-    def record(self, number: int) -> tuple[str, Record | None]:
+    def _record(self, number: int) -> tuple[str, Record | None]:
         """Name and record of a run; no record where the run isn't done."""
-        name = self.inputs.run(number).name
+        name = self._inputs.run(number).name
         return name, self.store.read(name)
 
     def survey(self, numbers: Iterable[int] | None = None) -> tuple[Tally, "array[int]"]:
         """How many runs there are, and which are to be computed or measured."""
         tally, todo, names = Tally(), array("Q"), set()
         for number in range(self.plan.runs) if numbers is None else numbers:
-            run = self.inputs.run(number)
+            run = self._inputs.run(number)
             state = self._state(run)
             setattr(tally, state, getattr(tally, state) + 1)
             if state in ("missing", "old") and run.name not in names:
@@ -117,10 +117,10 @@ class Study:
     def check(self) -> None:
         """Asks the program whether it accepts the inputs, unless it has been asked before."""
         mark = self.out / "checked.json"
-        asked = {"plan": self.place.plan_digest, "first": self.inputs.run(0).name}
+        asked = {"plan": self._place.plan_digest, "first": self._inputs.run(0).name}
         if mark.is_file() and mark.read_text() == json.dumps(asked):
             return
-        probe(self.plan, self.inputs, self.program)
+        probe(self.plan, self._inputs, self.program)
         self.out.mkdir(parents=True, exist_ok=True)
         mark.write_text(json.dumps(asked))
 
@@ -143,7 +143,7 @@ class Study:
         if todo:
             with engine or LocalEngine(jobs or processors()) as used:
                 with (watch or Watcher)(tally.total, tally.total - len(todo)) as watcher:
-                    for outcomes in used.run(self.place, Batches(todo, self._name)):
+                    for outcomes in used.run(self._place, Batches(todo, self._name)):
                         watcher.tell(outcomes)
                         bad += [item for item in outcomes if item.status != "done"]
         return bad
@@ -155,13 +155,13 @@ class Study:
         salvage(self.store)
 
     def _name(self, number: int) -> str:
-        return self.inputs.run(number).name
+        return self._inputs.run(number).name
 
     def failures(self) -> list[tuple[int, str, str]]:
         """Number, name and message of each run that has failed."""
         found = []
         for number in range(self.plan.runs):
-            name, record = self.record(number)
+            name, record = self._record(number)
             if record and record["status"] == "failed":
                 found.append((number, name, record["message"]))
         return found
@@ -180,7 +180,7 @@ class Study:
             raise StudyError(f"keep is '{keep}'; accepted: {', '.join(KEEP)}")
         freed = 0
         for number in range(self.plan.runs):
-            name, record = self.record(number)
+            name, record = self._record(number)
             if record and record["status"] == "done":
                 before = _bytes(self.store.folder(name))
                 self.store.thin(name, keep)
@@ -189,7 +189,7 @@ class Study:
 
     def table(self) -> pd.DataFrame:
         """A row per run: name, condition, values, seed, measures, status, seconds, message."""
-        return run_rows(self.plan, self.record)
+        return run_rows(self.plan, self._record)
 
     def summary(self, table: pd.DataFrame | None = None) -> pd.DataFrame:
         """A row per condition and measure: n, mean, SD and 95 % interval over seeds."""
