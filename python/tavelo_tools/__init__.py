@@ -20,6 +20,7 @@ if TYPE_CHECKING:
     from .study import Study, StudyError
 
 __all__ = [
+    "__version__",
     "Fit",
     "Problem",
     "Run",
