@@ -8,6 +8,7 @@
 
 #include "base/run_state.h"
 #include "kinetics/outcome_scale.h"
+#include "support/bare_geometry.h"
 #include "support/rate_model.h"
 #include "support/scripted_rand.h"
 #include "support/work_dir.h"
@@ -207,6 +208,26 @@ TEST_F(Stepper, SiteActsOnSlowAndFastHeadsOfTheActiveStepperOnly) {
         bound.expect_to_move(active, acts ? (1 - state) * 0.25 * k : k);
       }
     }
+  }
+}
+
+TEST_F(Stepper, HeadIsAskedUpToItsBoundTimesTheFactorsOfTheSites) {
+  struct Bounded : RateModel {
+    using RateModel::RateModel;
+    double rate_bound(unsigned, double) const override { return 0.3; }
+  };
+  Bounded const model(2, {1}, [](double, unsigned, unsigned, ActinSite_s const& site) {
+    return 0.3 * site.k_off_factor;
+  });
+  FixedTimeStepMCActiv stepper(model, model, nullptr);
+  stepper.begin_step(20.0);
+  for (double const u : {0.5, 0.7}) {
+    Bench bench;
+    bench.bind(1, 1, 1);
+    bench.data.sites[1][1].k_off_factor = bench.data.most_factor = 2.0;
+    ScriptedRand::script({u});
+    stepper.state_change(bench.data, bench.head(), BareGeometry(), bench.candidates);
+    EXPECT_EQ(bench.head().state, u < 0.6 ? 0u : 1u);
   }
 }
 
