@@ -74,13 +74,10 @@ unsigned parameters_of_type(unsigned type) {
     case 0:
       return 1;
     case 1:
-      return 2;
-    case 2:
-      return 4;
-    case 3:
-      return 4;
     case 4:
       return 2;
+    case 2:
+    case 3:
     case 5:
       return 4;
     default:

@@ -51,8 +51,9 @@ class StericWeights {
   double most(unsigned head, unsigned crown, unsigned fibre, unsigned n) const {
     auto const& sums = window_sums[fibre - 1];
     std::size_t const i = head + shape.heads * crown;
+    unsigned const whole_turns = n / shape.phases;
     return sums[entries_per_phase() * (n % shape.phases) + i] +
-           n / shape.phases * sums[entries_per_phase() * shape.phases + i];
+           whole_turns * sums[entries_per_phase() * shape.phases + i];
   }
 
   /// Calls `function(site, weight)` for those of the sites [first, end) that face the head, in
