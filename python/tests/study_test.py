@@ -240,3 +240,10 @@ def test_the_program_accepts_the_plan_of_every_experiment(name: str, tmp_path: P
     subprocess.run([*COMMAND, "new", name, base, "--out", plan], check=True)
     Study.load(plan).check()
     assert (ROOT / "docs" / "methods" / f"{name}.md").is_file()
+
+
+def test_a_missing_library_is_told_in_a_line(tmp_path: Path) -> None:
+    hidden = "import sys; sys.modules['asteval'] = None; from tavelo_tools.commands import study; sys.exit(study())"
+    result = subprocess.run([sys.executable, "-c", hidden], capture_output=True, text=True, check=False)
+    assert result.returncode == 1
+    assert result.stderr.startswith("tavelo-study: needs the Python package 'asteval'; Debian has it as python3-asteval")
