@@ -147,7 +147,7 @@ def drawer(panel: Panel, data: Drawn) -> Callable[[Any], None]:
         else:
             _draw_measures(axes, panel, data)
         if panel.log:
-            axes.set_xscale("log")
+            _make_logarithmic(axes)
         if panel.reverse:
             axes.invert_xaxis()
         if panel.title:
@@ -156,6 +156,15 @@ def drawer(panel: Panel, data: Drawn) -> Callable[[Any], None]:
             axes.legend()
 
     return draw
+
+
+def _make_logarithmic(axes: Any) -> None:
+    """With numbers between the powers of ten, of which a narrow range may hold only one."""
+    from matplotlib.ticker import LogFormatter
+
+    axes.set_xscale("log")
+    axes.xaxis.set_major_formatter(LogFormatter())
+    axes.xaxis.set_minor_formatter(LogFormatter(minor_thresholds=(2, 0.5)))
 
 
 def _draw_measures(axes: Any, panel: Panel, data: Drawn) -> None:

@@ -106,7 +106,10 @@ def _compute(place: Place, runs: list[RunInput]) -> list[Outcome]:
 
     ended = run_program(Path(place.program), session, list(going), on_end=settle)
     settle(list(going), ended)
-    return outcomes + _without_result(place, list(going.values()), ended)
+    outcomes += _without_result(place, list(going.values()), ended)
+    with contextlib.suppress(OSError):  # unless a run has left something there
+        session.rmdir()
+    return outcomes
 
 
 def _without_result(place: Place, runs: list[RunInput], ended: Ended) -> list[Outcome]:
