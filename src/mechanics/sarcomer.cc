@@ -6,6 +6,7 @@
 #include "elastic/XB_Models.h"
 #include "elastic/create_law.h"
 #include "lattice/geometry.h"
+#include "mechanics/equilibrium.h"
 #include "mechanics/snapshots.h"
 #include "mechanics/titin_prestress.h"
 
@@ -38,9 +39,11 @@ Sarcomer::Sarcomer(SarcomerParameter_s const& param, Geometry const& lattice)
       see(create_series_law(geometry, "see", geometry.see_stiffness, "No See stiffness model? "),
           geometry.see_damping_factor, filaments),
       boundary(filaments, see),
-      equilibrium(param, filaments, see, boundary) {
+      equilibrium(std::make_unique<Equilibrium>(param, filaments, see, boundary)) {
   if (geometry.titin_enabled == 1) create_titin();
 }
+
+Sarcomer::~Sarcomer() = default;
 
 void Sarcomer::create_titin() {
   titin_model =
@@ -76,10 +79,10 @@ void Sarcomer::set_boundary_mode(Prescribed const& wanted) { boundary.set_bounda
 int Sarcomer::assemble_and_solve(double time, bool update) {
   if (filaments.empty()) return -1;
   if (update) {
-    equilibrium.find(measured);
+    equilibrium->find(measured);
   } else {
-    equilibrium.probe_stiffness(measured,
-                                [&](double stiffness) { files.write_stiffness(time, stiffness); });
+    equilibrium->probe_stiffness(
+        measured, [&](double stiffness) { files.write_stiffness(time, stiffness); });
   }
   return 1;
 }

@@ -10,17 +10,19 @@
 /// Units: nm, pN.
 
 #include <iosfwd>
+#include <memory>
 #include <vector>
 
 #include "mechanics/boundary.h"
-#include "mechanics/equilibrium.h"
 #include "mechanics/filament_array.h"
 #include "mechanics/measured.h"
 #include "mechanics/result_files.h"
 #include "mechanics/series_elastic_element.h"
 
+class Equilibrium;
 class Geometry;
 class XB_Model;
+struct SarcomerParameter_s;
 
 /// Adds `b` to `a` entry by entry; different lengths end the run.
 void VectorAdd(std::vector<int>& a, std::vector<int> const& b);
@@ -32,6 +34,7 @@ class Sarcomer {
   Sarcomer(SarcomerParameter_s const& param, Geometry const& geometry);
   Sarcomer(Sarcomer const&) = delete;
   Sarcomer& operator=(Sarcomer const&) = delete;
+  ~Sarcomer();
 
   /// Appends a filament and takes it over. In the series set-up all half-sarcomeres of the first
   /// row come first, then those of the second row, and so on.
@@ -69,7 +72,7 @@ class Sarcomer {
   Geometry const& geometry;
   SeriesElasticElement see;
   Boundary boundary;
-  Equilibrium equilibrium;
+  std::unique_ptr<Equilibrium> equilibrium;
   Measured measured;
   XB_Model const* titin_model = nullptr;
 };

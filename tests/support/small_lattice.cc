@@ -2,6 +2,7 @@
 
 #include "base/run_state.h"
 #include "lattice/geometry_vertebrae.h"
+#include "mechanics/equilibrium.h"
 #include "mechanics/titin_prestress.h"
 #include "support/work_dir.h"
 
@@ -27,7 +28,7 @@ SmallLattice::SmallLattice(LatticeSettings const& wanted)
       titin_law(wanted.titin_stiffness),
       see(see_law, wanted.see_damping, filaments),
       boundary(filaments, see),
-      equilibrium(parameter, filaments, see, boundary) {
+      equilibrium(std::make_unique<Equilibrium>(parameter, filaments, see, boundary)) {
   currentTimeStep = step;
   write_settings("geom_vertebrae.prm", geometry_settings);
   geometry = std::make_unique<GeometryVertebrae>(GeometryParameter_s{});
@@ -43,6 +44,8 @@ SmallLattice::SmallLattice(LatticeSettings const& wanted)
         std::make_unique<Filament>(*geometry, slow, fast, *stepper, direction, &titin_law));
   }
 }
+
+SmallLattice::~SmallLattice() = default;
 
 MyosinHead_s& SmallLattice::bind(unsigned f, unsigned index, unsigned fibre, unsigned site,
                                  unsigned state, unsigned model) {
@@ -60,7 +63,7 @@ MyosinHead_s& SmallLattice::bind(unsigned f, unsigned index, unsigned fibre, uns
 
 void SmallLattice::solve(Prescribed::Quantity quantity, double value) {
   boundary.set_boundary_mode({quantity, value});
-  equilibrium.find(measured);
+  equilibrium->find(measured);
 }
 
 unsigned assemblies() { return static_cast<unsigned>(read_lines("SEE_velocity.csv").size()); }

@@ -14,10 +14,12 @@
 #include "kinetics/model.h"
 #include "lattice/geometry.h"
 #include "mechanics/boundary.h"
-#include "mechanics/equilibrium.h"
 #include "mechanics/filament_array.h"
 #include "mechanics/measured.h"
+#include "mechanics/sarcomer_parameter.h"
 #include "mechanics/series_elastic_element.h"
+
+class Equilibrium;
 
 /// A linear spring that may tell the solver another stiffness than it has.
 struct TestSpring : XB_Model {
@@ -61,6 +63,7 @@ class SmallLattice {
   static constexpr double step = 0.5;         ///< `currentTimeStep`
 
   explicit SmallLattice(LatticeSettings const& settings = {});
+  ~SmallLattice();
 
   Filament& filament(unsigned i = 0) { return filaments[i]; }
   /// Makes a bond and appends it to `attached`; bind in the order of the heads.
@@ -84,7 +87,7 @@ class SmallLattice {
   TestSpring titin_law;
   SeriesElasticElement see;
   Boundary boundary;
-  Equilibrium equilibrium;
+  std::unique_ptr<Equilibrium> equilibrium;
   Measured measured;
 };
 

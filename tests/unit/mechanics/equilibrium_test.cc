@@ -10,6 +10,7 @@
 
 #include "base/logger.h"
 #include "base/run_state.h"
+#include "mechanics/equilibrium.h"
 #include "support/small_lattice.h"
 #include "support/stdout_to_stderr.h"
 #include "support/work_dir.h"
@@ -62,7 +63,7 @@ TEST(Equilibrium, ProbeFindsTheStiffnessWithoutMoving) {
   double const end = lattice.filaments.get_last_actin_displacement();
   lattice.boundary.set_boundary_mode({Prescribed::Quantity::length, 4.0});
   std::vector<double> found;
-  lattice.equilibrium.probe_stiffness(lattice.measured, [&](double k) { found.push_back(k); });
+  lattice.equilibrium->probe_stiffness(lattice.measured, [&](double k) { found.push_back(k); });
   ASSERT_FALSE(found.empty());
   EXPECT_NEAR(found.front(), -1.0 / lattice.chain, 1e-9);
   EXPECT_EQ(lattice.filaments.get_last_actin_displacement(), end);
