@@ -81,8 +81,8 @@ int Sarcomer::assemble_and_solve(double time, bool update) {
   if (update) {
     equilibrium->find(measured);
   } else {
-    equilibrium->probe_stiffness(
-        measured, [&](double stiffness) { files.write_stiffness(time, stiffness); });
+    equilibrium->probe_stiffness(measured,
+                                 [&](double stiffness) { files.write_stiffness(time, stiffness); });
   }
   return 1;
 }
