@@ -38,6 +38,10 @@ void warn(std::string const& message) { tell("warning: " + message); }
 
 void tell_excess(char const* drawn, double sum) {
   std::printf("Internal Error!!!! %s, Sum %e\n", drawn, sum);
+  note_excess(drawn, sum);
+}
+
+void note_excess(char const* drawn, double sum) {
   RunFacts_s::Excess_s& excess = run_facts.excess;
   if (excess.draws.empty()) excess.first_time = timeForAll;
   if (excess.draws.empty() || excess.last_step != t_timeStep) ++excess.steps;

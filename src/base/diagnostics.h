@@ -28,6 +28,9 @@ void warn(std::string const& message);
 /// `drawn` is what the draw decides.
 void tell_excess(char const* drawn, double sum);
 
+/// The same for the record of the run alone.
+void note_excess(char const* drawn, double sum);
+
 /// The clock as messages name it: " at time 0.5, step 7".
 std::string at_step();
 

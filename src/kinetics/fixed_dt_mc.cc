@@ -155,6 +155,7 @@ void FixedTimeStepMC::move(double u, FilamentData& data, MyosinHead_s& head,
   Outcomes outcomes;
   if (models.of(head).attached[old_state]) {
     collect_of_bound(data, head, outcomes);
+    if (outcomes.sum > 1.0) note_excess("Bound", outcomes.sum);
   } else {
     collect_of_detached(data, head, candidates, outcomes);
     if (outcomes.sum > 1.0) tell_excess("Attach", outcomes.sum);

@@ -133,7 +133,8 @@ TEST_F(Stepper, WeightAndStepScaleTheProbabilityOfBinding) {
   bench.candidates = {{0.0, 2, 1}, {1.0, 1, 2}, {1.0, 0, 1}, {-0.5, 1, 1}, {0.5, 1, 1}};
   bench.expect_to_move(stepper, 0.05);
   EXPECT_EQ(bench.after(stepper, one_step).actin_site, 1u);
-  // More than there is on the scale of a detached head is reported.
+  // More than there is on the scale is told of a detached head, and only recorded of a bound one.
+  run_facts.excess = {};
   testing::internal::CaptureStdout();
   currentTimeStep = 5.0;
   bench.after(stepper, 1.0);
@@ -144,6 +145,7 @@ TEST_F(Stepper, WeightAndStepScaleTheProbabilityOfBinding) {
   bound.after(stepper, 1.0);
   EXPECT_EQ(testing::internal::GetCapturedStdout(),
             "Internal Error!!!! Attach, Sum 2.000000e+00\n");
+  EXPECT_EQ(run_facts.excess.draws, (std::map<std::string, long>{{"Attach", 1}, {"Bound", 1}}));
   model.transitions[0][1] = false;
   bench.expect_to_move(stepper, 0.0);
 }
