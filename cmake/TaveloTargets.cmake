@@ -20,6 +20,10 @@ function(tavelo_setup target)
   # No contraction of a*b+c: Release and Debug must write the same bytes.
   target_compile_options(${target} PRIVATE
     -ffp-contract=off -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
+  # In clang -Wconversion includes signs.
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    target_compile_options(${target} PRIVATE -Wno-sign-conversion)
+  endif()
   if(TAVELO_SANITIZE)
     target_compile_options(${target} PRIVATE -fsanitize=address,undefined -fno-sanitize-recover)
     target_link_options(${target} PRIVATE -fsanitize=address,undefined)

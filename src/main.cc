@@ -8,6 +8,7 @@
 #include "base/run_state.h"
 #include "control/check_program.h"
 #include "control/command_line.h"
+#include "control/process_start.h"
 #include "control/run_directories.h"
 #include "control/run_record.h"
 #include "control/silent_output.h"
@@ -35,6 +36,8 @@ void carry_out(CommandLine const& command, std::string const& directory) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  fill_standard_streams();
+  outlive_failed_writes();
   dealii::MultithreadInfo::set_thread_limit(1);
   dealii::deal_II_exceptions::disable_abort_on_exception();
   try {

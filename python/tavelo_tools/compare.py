@@ -9,6 +9,7 @@ import pandas as pd
 from . import page
 from .groups import Group, differences, group, seed
 from .noticed import Notice, notices
+from .numbers import print_any_name
 from .plots import IN_A_PLOT, LEAST_FOR_BAND, plots_of_groups
 from .read import Run, RunError, read_run
 from .report import about, draw_sheet, key_figures
@@ -97,8 +98,8 @@ def write_comparison(groups: list[Group], left_out: list[str], out: Path) -> lis
     """Writes compare.html, compare.csv and compare.png into the directory `out`."""
     html, csv, png = (out / f"compare.{kind}" for kind in ("html", "csv", "png"))
     table = summary(groups)
-    html.write_text(make_page(groups, table, left_out), encoding="utf-8")
-    with_settings(table, groups).to_csv(csv, index=False)
+    page.write(html, make_page(groups, table, left_out))
+    with_settings(table, groups).to_csv(csv, index=False, errors="replace")
     draw_sheet(plots_of_groups(groups[:MOST_DRAWN]), png)
     return [path for path in (html, csv, png) if path.exists()]
 
@@ -120,6 +121,7 @@ def main(arguments: list[str] | None = None) -> int:
         help="exit status 0 even if runs are left out: no run, no rows, or a seed twice",
     )
     options = parser.parse_args(arguments)
+    print_any_name()
     runs, left_out = read_runs(options.runs)
     groups, repeated = group(runs)
     left_out += [f"{run.directory}: same conditions and same seed as another" for run in repeated]

@@ -7,6 +7,7 @@ from collections.abc import Sequence
 from pathlib import Path
 
 from .dataset import join, tidy
+from .numbers import print_any_name
 from .read import Run, RunError, read_run
 from .tables import BY_KEY
 
@@ -66,6 +67,7 @@ def main(arguments: list[str] | None = None) -> int:
         "integral into FILE.nc, else result",
     )
     options = parser.parse_args(arguments)
+    print_any_name()
     out, tables = options.out, options.table or []
     if out.suffix not in KINDS:
         parser.error(f"{out}: no such kind of file; accepted: {', '.join(KINDS)}")

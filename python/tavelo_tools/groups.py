@@ -8,9 +8,8 @@ from dataclasses import dataclass
 import numpy as np
 import pandas as pd
 
-from .listing import read_parameter_file
+from .listing import settings_of
 from .noticed import SNAPSHOT_TIMES
-from .numbers import read_text
 from .read import Run
 
 SEED = "random_seed"
@@ -48,22 +47,24 @@ def conditions(run: Run) -> Settings:
         return _listed(run)
     found: Settings = {}
     for path in inputs:
+        text = run.input_text(path)
         if path.suffix == ".prm":
-            found |= _settings(read_parameter_file(path))
+            found |= _settings(settings_of(path.name, text))
         elif path.name in PROTOCOLS:
-            found |= _protocol_fields(path.name, read_text(path))
+            found |= _protocol_fields(path.name, text)
         else:
-            found[path.name, "content"] = " ".join(map(_plain, read_text(path).split()))
+            found[path.name, "content"] = " ".join(map(_plain, text.split()))
     return found
 
 
 def _listed(run: Run) -> Settings:
-    return _settings(run["parameters"])
+    # Runs of which nothing is known aren't the same.
+    return _settings(run["parameters"]) or {("neither inputs nor listing", "content"): str(run.directory)}
 
 
 def _settings(frame: pd.DataFrame) -> Settings:
     rows = zip(frame["section"], frame["name"], frame["value"])
-    found = {(section, name): _plain(value) for section, name, value in rows}
+    found = {(section, name): _plain(value) or "(empty)" for section, name, value in rows}
     return {key: value for key, value in found.items() if key[1] not in (SEED, "Random Seed")}
 
 

@@ -75,11 +75,11 @@ def _plain(name: str) -> str:
     return re.sub(r"[\W_]", "", name).lower()
 
 
-def read_parameter_file(path: Path) -> pd.DataFrame:
-    """What a parameter file sets: file and subsections, key, value."""
+def settings_of(file: str, text: str) -> pd.DataFrame:
+    """What the text of a parameter file sets: file and subsections, key, value."""
     rows = []
     sections: list[str] = []
-    for line in read_text(path).splitlines():
+    for line in text.splitlines():
         words = line.split("#")[0].strip()
         if words.startswith("subsection "):
             sections.append(words.removeprefix("subsection ").strip())
@@ -87,5 +87,5 @@ def read_parameter_file(path: Path) -> pd.DataFrame:
             del sections[-1:]
         elif words.startswith("set ") and "=" in words:
             key, _, value = words.removeprefix("set ").partition("=")
-            rows.append([", ".join([path.name, *sections]), key.strip(), value.strip(), ""])
+            rows.append([", ".join([file, *sections]), key.strip(), value.strip(), ""])
     return pd.DataFrame(rows, columns=COLUMNS)

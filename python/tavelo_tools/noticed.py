@@ -69,6 +69,7 @@ def notices(run: Run) -> list[Notice]:
     for key in run:
         if key != "integral":  # large, and of no use here
             run[key]
+    run.input_parameters  # may have problems, too
     found = [
         *_end(run),
         *(_record(run.record, run.directory) if run.record else _log(run)),

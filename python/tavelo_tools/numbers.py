@@ -1,6 +1,7 @@
 """Comma- or blank-separated numbers of a file that may be cut off, still growing or damaged."""
 
 import io
+import sys
 from collections import Counter
 from dataclasses import dataclass, field
 from pathlib import Path
@@ -21,6 +22,12 @@ class Numbers:
 def read_text(path: Path) -> str:
     """The text of a file; bytes that are no text become replacement characters."""
     return path.read_text(encoding="utf-8", errors="replace")
+
+
+def print_any_name() -> None:
+    """From now on names of files are printed as they are, whether they are text or not."""
+    if isinstance(sys.stdout, io.TextIOWrapper):
+        sys.stdout.reconfigure(errors="surrogateescape")
 
 
 def read_numbers(path: Path, heading: bool = False, separator: str = ",") -> Numbers:

@@ -2,6 +2,7 @@
 
 import re
 from html import escape
+from pathlib import Path
 
 import pandas as pd
 
@@ -50,6 +51,11 @@ def page(title: str, sections: list[str]) -> str:
         + "\n".join(sections)
         + "\n</body></html>\n"
     )
+
+
+def write(path: Path, text: str) -> None:
+    """Names of files that are no text stand there with question marks."""
+    path.write_text(text, encoding="utf-8", errors="replace")
 
 
 def header(title: str, about: str) -> str:

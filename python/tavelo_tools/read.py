@@ -113,10 +113,19 @@ class Run(Mapping[str, pd.DataFrame]):
     @property
     def input_parameters(self) -> pd.DataFrame:
         """What the parameter files of the directory set, as they stand there now."""
-        frames = [
-            listing.read_parameter_file(path) for path in sorted(self.directory.glob("*.prm"))
-        ]
+        paths = sorted(self.directory.glob("*.prm"))
+        frames = [listing.settings_of(path.name, self.input_text(path)) for path in paths]
         return pd.concat(frames) if frames else pd.DataFrame(columns=listing.COLUMNS)
+
+    def input_text(self, path: Path) -> str:
+        """The text of an input file; empty, and a problem, where it can't be read."""
+        try:
+            # A pipe would keep the reader waiting.
+            return read_text(path) if path.is_file() or path.is_dir() else ""
+        except OSError as error:
+            problem = Problem(path.name, f"can't be read: {error.strerror}")
+            self.problems += [problem] if problem not in self.problems else []
+            return ""
 
     def _read_record(self) -> Record | None:
         try:

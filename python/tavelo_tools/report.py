@@ -10,11 +10,11 @@ from matplotlib.axes import Axes
 
 from . import page
 from .groups import FIELDS, PROTOCOLS
+from .numbers import print_any_name
 from .noticed import last_time, notices
-from .numbers import read_text
 from .plots import Plot, plots_of_run
 from .read import Run, RunError, read_run
-from .style import write_png
+from .style import as_text, write_png
 from .tables import BY_KEY
 
 MOST_ROWS = 100  # of a protocol that the page shows
@@ -70,8 +70,8 @@ def protocols(run: Run) -> dict[str, str]:
     found = {}
     for name in PROTOCOLS:
         path = run.directory / name
-        if path.is_file():
-            lines = read_text(path).splitlines()
+        lines = run.input_text(path).splitlines()
+        if lines:
             more = [f"... and {len(lines) - MOST_ROWS} more rows"] if len(lines) > MOST_ROWS else []
             found[f"{name}: {' '.join(FIELDS)}"] = "\n".join([*lines[:MOST_ROWS], *more])
     return found
@@ -107,7 +107,7 @@ def write_report(run: Run, out: Path) -> tuple[Path, Path]:
     """Writes report.html and report.png into the directory `out`."""
     plots = plots_of_run(run)
     html, png = out / "report.html", out / "report.png"
-    html.write_text(make_page(run, plots), encoding="utf-8")
+    page.write(html, make_page(run, plots))
     draw_sheet(plots, png, title=f"{run.name}: {about(run)}")
     return html, png
 
@@ -120,10 +120,10 @@ def draw_sheet(plots: list[Plot], path: Path, title: str = "", columns: int = 3,
             plot.draw(axes)
             legend = axes.get_legend()
             if legend:  # it stands where the title would
-                legend.set_title(plot.title, prop={"weight": "bold", "size": 9})
+                legend.set_title(as_text(plot.title), prop={"weight": "bold", "size": 9})
                 legend.set_alignment("left")
             else:
-                axes.set_title(plot.title, loc="left", fontsize=9, weight="bold")
+                axes.set_title(as_text(plot.title), loc="left", fontsize=9, weight="bold")
 
         return draw
 
@@ -143,6 +143,7 @@ def main(arguments: list[str] | None = None) -> int:
         "--out", type=Path, metavar="DIR", help="where to write; default: the run's directory"
     )
     options = parser.parse_args(arguments)
+    print_any_name()
     try:
         run = read_run(options.run)
         out = options.out or options.run

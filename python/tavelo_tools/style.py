@@ -78,11 +78,17 @@ def theme(colours: tuple[str, ...], ink: str, grid: str) -> str:
     return f"--ink:{ink};--grid:{grid};{series}"
 
 
+def as_text(words: str) -> str:
+    """Words that are drawn as they stand: dollars begin no mathematics, and what is no text shows as
+    question marks."""
+    return words.encode("utf-8", "replace").decode().replace("$", r"\$")
+
+
 def legend_above(axes: Axes) -> None:
     """Above the plot, where it hides no data, in as many columns as the picture is wide for."""
     room = 0.8 * SIZE[0] * axes.figure.dpi  # the rest stands left of the axes
     handles, texts = axes.get_legend_handles_labels()
-    texts = [textwrap.fill(text, WIDEST_LABEL) for text in texts]
+    texts = [as_text(textwrap.fill(text, WIDEST_LABEL)) for text in texts]
     for columns in range(min(4, len(texts)), 0, -1):
         legend = axes.legend(
             handles,
@@ -143,7 +149,7 @@ def write_png(
     with plt.rc_context(STYLE | {"figure.facecolor": "white", "savefig.facecolor": "white"}):
         figure, grid = plt.subplots(rows, columns, figsize=size, layout="constrained", squeeze=False)
         if title:
-            figure.suptitle(title)
+            figure.suptitle(as_text(title))
         for axes in grid.flat[len(draws) :]:
             axes.remove()
         for axes, draw in zip(grid.flat, draws):

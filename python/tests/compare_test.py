@@ -83,3 +83,20 @@ def test_what_is_left_out_is_said(series: Series, tmp_path: Path) -> None:
     ]
     assert start("tavelo-compare", *arguments, "--allow-missing").returncode == 0
     assert "%%" not in start("tavelo-compare", "--help").stdout
+
+
+def test_runs_of_which_nothing_is_known_are_not_the_same(series: Series, tmp_path: Path) -> None:
+    paths = []
+    for path in series((8, 1), (9, 1)):
+        for file in (*path.glob("*.prm"), *path.glob("*.dat"), path / "TaveloOutput.lst"):
+            file.unlink()
+        (tmp_path / f"{path.name}x").mkdir()
+        paths.append(path.rename(tmp_path / f"{path.name}x" / "run"))
+    groups, _ = group([read_run(path) for path in paths])
+    assert [item.label for item in groups] == [str(path) for path in paths]
+    # A key that is set to nothing is not a key that is not set.
+    for path, line in zip(paths, ("", "set model_slow_fileName =\n")):
+        (path / "simulation.prm").write_text(line)
+    start("tavelo-compare", *paths, "--out", tmp_path)
+    page = (tmp_path / "compare.html").read_text()
+    assert "None that are known" not in page and "(empty)" in page

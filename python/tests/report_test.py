@@ -107,6 +107,33 @@ def test_fewer_points_keep_the_extremes() -> None:
     assert (low.min(), high.max()) == (-100.0, 100.0) and len(where) <= 700
 
 
+# Names and files that are no text
+
+
+@pytest.mark.parametrize("name", [rb"dose_$5_and_$\x", b"\xff\xfe", b"<b>&"])
+def test_names_are_drawn_and_printed_as_they_are(made_run: Path, name: bytes) -> None:
+    listing = made_run / "TaveloOutput.lst"
+    listing.write_text(listing.read_text().replace("Huxley", r"$\frac{"))
+    directory = made_run.rename(Path(os.fsdecode(os.path.join(bytes(made_run.parent), name))))
+    command = [str(TOOLS / "tavelo-report"), directory]
+    result = subprocess.run(command, capture_output=True, check=False)
+    assert result.returncode == 0, result.stderr
+    assert result.stdout.splitlines()[0] == bytes(directory / "report.html")
+    page = (directory / "report.html").read_text(encoding="utf-8")
+    assert r"$\frac{" in page and ("<h1>dose_$5_and_$\\x</h1>" in page or name[0] != ord("d"))
+    result = subprocess.run([TOOLS / "tavelo-compare", directory, "--out", directory], capture_output=True)
+    assert result.returncode == 0, result.stderr
+
+
+def test_a_file_that_cannot_be_read_costs_its_own_part_only(made_run: Path) -> None:
+    (made_run / "x.prm").mkdir()
+    (made_run / "ca_protocol.dat").mkdir()
+    os.mkfifo(made_run / "pipe.prm")
+    result = start("tavelo-report", made_run)
+    assert result.returncode == 0 and "x.prm: can't be read: Is a directory" in result.stderr
+    assert "x.prm: can&#x27;t be read" in (made_run / "report.html").read_text()
+
+
 # What is noticed
 
 

@@ -5,13 +5,14 @@
 
 #include <array>
 #include <cerrno>
-#include <cstring>
-#include <fstream>
-#include <sstream>
+#include <cstdio>
 
 #include "base/run_state.h"
 
 namespace {
+
+/// No input is that long; a device may be without end.
+constexpr std::size_t longest_input = std::size_t{1} << 30;
 
 /// In hexadecimal digits.
 std::string sha256(std::string const& text) {
@@ -29,12 +30,24 @@ std::string sha256(std::string const& text) {
 
 std::optional<std::string> read_input(std::string const& name) {
   errno = 0;
-  std::ifstream file(name, std::ios::binary);
-  std::ostringstream text;
-  // A directory opens, but has no first character to look at.
-  if (!file || (file.peek() == EOF ? file.bad() : !(text << file.rdbuf()))) return std::nullopt;
-  note_input(name, text.str());
-  return text.str();
+  // Not a stream: those begin anew what a signal has interrupted, and would wait at a silent pipe
+  // for ever.
+  FILE* const file = std::fopen(name.c_str(), "rb");
+  if (!file) return std::nullopt;
+  std::string text;
+  std::array<char, 65536> block;
+  std::size_t n = 0;
+  while (text.size() <= longest_input &&
+         (n = std::fread(block.data(), 1, block.size(), file)) > 0) {
+    text.append(block.data(), n);
+  }
+  int const reason = text.size() > longest_input ? EFBIG : errno;
+  bool const is_whole = text.size() <= longest_input && std::ferror(file) == 0;
+  std::fclose(file);
+  errno = reason;
+  if (!is_whole) return std::nullopt;
+  note_input(name, text);
+  return text;
 }
 
 void note_input(std::string const& name, std::string const& text) {

@@ -2,8 +2,8 @@
 /// Output files that tell when they can't be written.
 ///
 /// A file that can't be opened and a row that doesn't reach the disk (disk full, say) end the run
-/// with the file's name and the system's reason; rows flushed before that stay. Where `run_state`
-/// says that outputs are discarded, the directory is left alone.
+/// with the file's name and the system's reason; files on a full disk are cut back to their last
+/// whole row. Where `run_state` says that outputs are discarded, the directory is left alone.
 
 #include <cstdio>
 #include <fstream>
@@ -28,6 +28,26 @@ class OutputFile {
  private:
   FILE* file = nullptr;
   std::string name;
+};
+
+/// Owner of a C output file that is there as a whole or not at all: it is written beside its place
+/// and gets its name at the end. What is no file (a link, a device) is written where it is.
+class WholeFile {
+ public:
+  /// Opens the file, or ends the run.
+  explicit WholeFile(std::string const& name);
+  ~WholeFile();
+  WholeFile(WholeFile const&) = delete;
+  WholeFile& operator=(WholeFile const&) = delete;
+
+  FILE* get() const { return file; }
+  /// Puts the file into its place, or removes what there is of it and ends the run.
+  void finish();
+
+ private:
+  std::string const name;
+  std::string const place;  ///< while it is being written
+  FILE* file;
 };
 
 /// `fopen` that ends the run when it fails.

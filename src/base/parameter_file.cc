@@ -18,6 +18,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
+/// Of any part of a sarcomere [nm]: 1 mm. A longer one has the wrong unit.
+constexpr double longest = 1e6;
+
 /// All declared keys, those of one section behind its name: "section: key, key; section: key".
 std::string declared_keys(dealii::ParameterHandler const& handler) {
   std::ostringstream text;
@@ -68,9 +71,9 @@ void write_defaults(dealii::ParameterHandler const& handler, std::string const& 
   }
   std::ostringstream text;
   handler.print_parameters(text, dealii::ParameterHandler::Text);
-  std::ofstream file = open_output_stream(file_name);
-  file << text.str();
-  flush_output(file, file_name);
+  WholeFile file(file_name);
+  std::fputs(text.str().c_str(), file.get());
+  file.finish();
   note_input(file_name, text.str());
   run_facts.defaults.push_back(file_name);
   warn("parameter file " + file_name +
@@ -82,6 +85,15 @@ void write_defaults(dealii::ParameterHandler const& handler, std::string const& 
 std::string read_text(std::string const& file_name) {
   if (auto const text = read_input(file_name)) return *text;
   stop(file_name + ": can't be read as a parameter file: " + std::strerror(errno));
+}
+
+/// A file without a word is what remains of one that was lost, rather than one that somebody wrote.
+void tell_if_empty(std::string const& text, std::string const& file_name) {
+  if (text.find_first_not_of(" \t\r\n\f\v") != std::string::npos) return;
+  if (refuses_missing_parameters) {
+    stop("parameter file " + file_name + " is empty; --strict takes no default values");
+  }
+  warn("parameter file " + file_name + " is empty; the default values are used");
 }
 
 /// A file that includes itself would never end, and what a run used should stand in its own files.
@@ -111,6 +123,7 @@ void read_parameter_file(dealii::ParameterHandler& handler, std::string const& f
   }
   if (error) stop(file_name + ": can't be read as a parameter file: " + error.message());
   std::string const text = read_text(file_name);
+  tell_if_empty(text, file_name);
   refuse_includes(text, file_name);
   std::istringstream stream(text);
   try {
@@ -192,6 +205,14 @@ double ParameterSection::between(std::string const& key, double lowest, double h
   double const value = number(key);
   if (!(lowest <= value && value <= highest)) {
     refuse_value(key, "a number from " + shown(lowest) + " to " + shown(highest));
+  }
+  return value;
+}
+
+double ParameterSection::length(std::string const& key) const {
+  double const value = number(key);
+  if (!(0.0 < value && value <= longest)) {
+    refuse_value(key, "a number above 0 and at most " + shown(longest) + " nm");
   }
   return value;
 }

@@ -62,6 +62,8 @@ class ParameterSection {
   double non_negative(std::string const& key) const;
   /// A number from `lowest` to `highest`.
   double between(std::string const& key, double lowest, double highest) const;
+  /// A length above 0 that stands for a part of a sarcomere [nm].
+  double length(std::string const& key) const;
   int integer(std::string const& key) const;
   /// A whole number of at least `minimum`.
   unsigned count(std::string const& key, unsigned minimum = 0) const;

@@ -34,11 +34,12 @@ void McModelParameters::get_parameters(dealii::ParameterHandler& handler) {
   full_sarcomer = section.count("full_sarcomer");
   sarcomer.full_sarcomer = full_sarcomer;
   caActivationModelIndicator = section.integer("caActivationModelIndicator");
-  healtyChainPercent = section.integer("healtyChainPercent");
-  sarcomer.dispSqLimit = section.number("dispSqLimit");
-  sarcomer.dispCBLimit = section.number("dispCBLimit");
-  sarcomer.forceSqLimit = section.number("forceSqLimit");
-  sarcomer.forceCBLimit = section.number("forceCBLimit");
+  healtyChainPercent = static_cast<int>(section.count("healtyChainPercent"));
+  if (healtyChainPercent > 100) section.refuse_value("healtyChainPercent", "0 to 100");
+  sarcomer.dispSqLimit = section.non_negative("dispSqLimit");
+  sarcomer.dispCBLimit = section.non_negative("dispCBLimit");
+  sarcomer.forceSqLimit = section.non_negative("forceSqLimit");
+  sarcomer.forceCBLimit = section.non_negative("forceCBLimit");
 }
 
 void McModelParameters::WriteToTaveloOutput() const {

@@ -2,6 +2,7 @@
 
 #include "activation/active_filament.h"
 #include "base/run_state.h"
+#include "control/interruption.h"
 #include "kinetics/active_model.h"
 #include "kinetics/fixed_dt_mc.h"
 #include "lattice/geometry.h"
@@ -36,7 +37,10 @@ MCModel::MCModel(MacroModelParameter const& parameter)
     refuse(parameter_file, "filaments times half-sarcomeres in series", std::to_string(n),
            "at most " + std::to_string(most_filaments));
   }
-  for (std::uint64_t i = 0; i < n; ++i) add_filament(is_series() && i % 2 == 1 ? -1 : 1);
+  for (std::uint64_t i = 0; i < n; ++i) {
+    add_filament(is_series() && i % 2 == 1 ? -1 : 1);
+    stop_if_interrupted();
+  }
 }
 
 MCModel::~MCModel() = default;

@@ -1,7 +1,9 @@
 #include "control/simulation.h"
 
+#include <cerrno>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
 #include <sstream>
 
 #include "base/diagnostics.h"
@@ -16,6 +18,7 @@
 #include "control/run_record.h"
 #include "elastic/create_law.h"
 #include "kinetics/model.h"
+#include "kinetics/rate_tools.h"
 
 namespace {
 
@@ -47,6 +50,9 @@ bool holds_numbers(std::string const& line) {
 std::vector<double> read_writing_times() {
   std::vector<double> times;
   auto const text = read_input(writing_times_name);
+  if (!text && errno != ENOENT) {
+    stop(std::string(writing_times_name) + ": can't be read: " + std::strerror(errno));
+  }
   if (!text) {
     std::printf("No file: %s : NO DISTRIBUTIONS TO WRITE\n", writing_times_name);
     return times;
@@ -138,9 +144,12 @@ void Simulation::create_models() {
   model_fast = create_component<Model>(parameters.model, parameter, simulation_file, "model");
   parameter.file_name = parameters.model_slow_fileName;
   model_slow = create_component<Model>(parameters.model, parameter, simulation_file, "model");
-  parameter.xb_model = create_elastic_law("ConstantStiffness", "proteinC_");
+  parameter.xb_model = create_passive_law("ConstantStiffness", "proteinC_");
   model_proteinC =
       create_component<Model>(parameters.modelMyBPC, parameter, simulation_file, "modelMyBPC");
+  for (auto const& model : {model_fast.get(), model_slow.get(), model_proteinC.get()}) {
+    require_finite_rates(*model);
+  }
 }
 
 // Time loop
@@ -174,6 +183,8 @@ void Simulation::run() {
   macro_model->write_cb_states(loop.states);
   write_run_record();
 
+  finish_calls();
+  stop_if_interrupted();
   while (true) {
     begin_step(loop);
     move(loop);
@@ -257,8 +268,8 @@ void run_program(RunOrigin_s const& origin) {
   std::remove("TroponinAngles.csv");
   open_listings();
   begin_run_record(origin);
-  Simulation simulation;
   catch_interruptions();
+  Simulation simulation;
   simulation.run();
   close_output(fIterationNorms, norms_name);
   close_output(fConvergenceListing, convergence_name);

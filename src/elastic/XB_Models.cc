@@ -34,7 +34,7 @@ void XB_Model::IntegrateEnergy() const {
 
 // Constant stiffness
 
-XB_ConstantStiffness::XB_ConstantStiffness(std::string file) : file_name(std::move(file)) {
+XB_ConstantStiffness::XB_ConstantStiffness(std::string file) : XB_Model(std::move(file)) {
   xbType = 0;
   load_parameters(*this, file_name);
 }
@@ -62,7 +62,7 @@ double XB_ConstantStiffness::GetEnergyFloor(double from, double to) const {
 
 // Sigmoidal stiffness
 
-XB_SigmoidalStiffness::XB_SigmoidalStiffness(std::string file) : file_name(std::move(file)) {
+XB_SigmoidalStiffness::XB_SigmoidalStiffness(std::string file) : XB_Model(std::move(file)) {
   xbType = 1;
   load_parameters(*this, file_name);
   std::printf("x0 = %lf\n", x0);
@@ -104,7 +104,7 @@ double XB_SigmoidalStiffness::GetEnergy(double) const {
 
 // Three-linear force
 
-XB_ThreeLinearForce::XB_ThreeLinearForce(std::string file) : file_name(std::move(file)) {
+XB_ThreeLinearForce::XB_ThreeLinearForce(std::string file) : XB_Model(std::move(file)) {
   xbType = 3;
   load_parameters(*this, file_name);
   std::printf("ThreeLinearForce XB Model\n");

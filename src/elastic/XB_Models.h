@@ -6,6 +6,7 @@
 /// F is positive when the element is stretched; K = dF/dx, F = dE/dx where the law has an energy.
 
 #include <string>
+#include <utility>
 
 #include "base/discrete_function.h"
 
@@ -15,7 +16,7 @@ class ParameterHandler;
 
 class XB_Model {
  public:
-  XB_Model() = default;
+  explicit XB_Model(std::string file = "") : file_name(std::move(file)) {}
   virtual ~XB_Model() = default;
   XB_Model(XB_Model const&) = delete;
   XB_Model& operator=(XB_Model const&) = delete;
@@ -38,6 +39,8 @@ class XB_Model {
 
   /// Which law this is: 0 constant, 1 sigmoidal, 2 tabulated, 3 three-linear, 4 two-part sigmoidal.
   int xbType = 0;
+  /// The law's parameter file.
+  std::string const file_name;
 
  protected:
   /// Fills `integralFunction`; a law without an integral table leaves it empty.
@@ -74,9 +77,6 @@ class XB_ConstantStiffness : public XB_Model {
 
  protected:
   void FillIntegralFunction() const override { IntegrateEnergy(); }
-
- private:
-  std::string const file_name;
 };
 
 /// Spring whose stiffness rises from a floor k0 to k0 + a around the extension x0.
@@ -100,9 +100,6 @@ class XB_SigmoidalStiffness : public XB_Model {
   double k0 = 0.0;
   double a = 0.0;
   double b = 0.0;
-
- private:
-  std::string const file_name;
 };
 
 /// Force in three straight pieces through (t1, y1), (T1, y2), (T2, y3), (t3, y4).
@@ -129,7 +126,4 @@ class XB_ThreeLinearForce : public XB_Model {
   double T2 = 0.0;
   double t1 = 0.0;
   double t3 = 0.0;
-
- private:
-  std::string const file_name;
 };

@@ -49,7 +49,7 @@ std::pair<double, double> read_row(std::string const& line, std::string const& w
 
 }  // namespace
 
-XB_StiffnessFunction::XB_StiffnessFunction(std::string file) : file_name(std::move(file)) {
+XB_StiffnessFunction::XB_StiffnessFunction(std::string file) : XB_Model(std::move(file)) {
   xbType = 2;
   load_parameters(*this, file_name);
   read_stiffness();

@@ -41,7 +41,6 @@ class XB_StiffnessFunction : public XB_Model {
   void WriteForce() const;
   void WriteEnergy() const;
 
-  std::string const file_name;
   std::string xbStiffnessFileName;
   Table stiffness;  ///< x [nm], K [pN/nm]
   Table force;      ///< x [nm], F [pN]

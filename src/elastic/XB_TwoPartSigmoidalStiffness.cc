@@ -28,7 +28,7 @@ void write_row(OutputFile const& file, double x, double y) {
 }  // namespace
 
 XB_TwoPartSigmoidalStiffness::XB_TwoPartSigmoidalStiffness(std::string file)
-    : file_name(std::move(file)) {
+    : XB_Model(std::move(file)) {
   xbType = 4;
   load_parameters(*this, file_name);
   CalculateStiffnessFunction(x_start, x_end);

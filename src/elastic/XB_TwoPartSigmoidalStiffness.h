@@ -42,7 +42,6 @@ class XB_TwoPartSigmoidalStiffness : public XB_Model {
   void check_force() const;
   void print_parameters() const;
 
-  std::string const file_name;
   double a_right = 0.0;
   double b_right = 0.0;
   double x0_right = 0.0;

@@ -4,6 +4,7 @@
 #include <memory>
 #include <vector>
 
+#include "base/diagnostics.h"
 #include "elastic/XB_Models.h"
 #include "elastic/XB_StiffnessFunction.h"
 #include "elastic/XB_TwoPartSigmoidalStiffness.h"
@@ -31,4 +32,13 @@ XB_Model* create_elastic_law(std::string const& name, std::string const& prefix)
   if (found == creators.end()) return nullptr;
   laws.push_back(found->second(prefix + name + ".prm"));
   return laws.back().get();
+}
+
+XB_Model* create_passive_law(std::string const& name, std::string const& prefix) {
+  XB_Model* const law = create_elastic_law(name, prefix);
+  if (law && law->GetStiffness(0.0) < 0.0) {
+    refuse(law->file_name, "the stiffness without extension", shown(law->GetStiffness(0.0)),
+           "a number of at least 0");
+  }
+  return law;
 }

@@ -11,6 +11,7 @@
 #include "kinetics/active_model.h"
 #include "kinetics/model_util.h"
 #include "kinetics/outcome_scale.h"
+#include "kinetics/rate_tools.h"
 #include "lattice/geometry.h"
 
 /// The scale of one draw, on the stack unless a head has very many candidates.
@@ -189,13 +190,14 @@ void FixedTimeStepMC::collect_of_detached(FilamentData const& data, MyosinHead_s
     if (!model.transitions[from][to]) continue;
     if (!model.attached[to]) {
       // Among detached states the thin filament has no influence.
-      double const k = model.get_k(0.0, from, to);
+      double const k = require_finite(model.get_k(0.0, from, to), model, 0.0, from, to);
       if (k > 0.0) outcomes.add(k * currentTimeStep, {to, unbound, unbound});
       continue;
     }
     for (BindingSite_s const& c : candidates) {
       double const x = data.position(c.fibre)[c.site] - head_position;
-      double const k = rate(head, x, to, data.sites[c.fibre][c.site]);
+      double const k =
+          require_finite(rate(head, x, to, data.sites[c.fibre][c.site]), model, x, from, to);
       if (k > 0.0 && c.weight > 0.0)
         outcomes.add(k * currentTimeStep * c.weight, {to, c.site, c.fibre});
     }
@@ -210,7 +212,7 @@ void FixedTimeStepMC::collect_of_bound(FilamentData const& data, MyosinHead_s co
   ActinSite_s const& site = data.sites[head.actin_fibre][head.actin_site];
   for (unsigned to = 0; to < n; ++to) {
     if (!model.transitions[head.state][to]) continue;
-    double const k = rate(head, x, to, site);
+    double const k = require_finite(rate(head, x, to, site), model, x, head.state, to);
     if (k > 0.0) outcomes.add(k * currentTimeStep, {to, unbound, unbound});
   }
 }

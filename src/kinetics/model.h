@@ -53,6 +53,7 @@ class Model {
   /// Whether a state is attached to actin; a derived constructor sets it.
   std::unique_ptr<bool[]> attached;
   XB_Model* xb_model;
+  std::string file_name;  ///< the model's parameter file
   /// Whether the stepper considers a pair [from][to] at all: everything off the diagonal, unless a
   /// derived constructor says otherwise.
   std::vector<std::vector<bool>> transitions;

@@ -39,7 +39,7 @@ Fiber::ConstantRate const Fiber::constant_rates[] = {
     {"k_70", &Fiber::k_70}, {"k_07", &Fiber::k_07}, {"k_16", &Fiber::k_16}, {"k_61", &Fiber::k_61}};
 
 ModelBrekAtpaseFiber::ModelBrekAtpaseFiber(ModelParameter_s const& parameter)
-    : ActiveModel(parameter, 8), file_name(parameter.file_name) {
+    : ActiveModel(parameter, 8) {
   SetAttached();
   SetRateTypes();
   SetTransitions();

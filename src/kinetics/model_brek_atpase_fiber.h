@@ -62,7 +62,6 @@ class ModelBrekAtpaseFiber : public ActiveModel {
   double unregulated_rate(double x, unsigned from, unsigned to) const;
   double reverse_rate(double x, unsigned from, unsigned to) const;
 
-  std::string const file_name;
   double c_1 = 0.0;
   double c_2 = 0.0;
   double c_3 = 0.0;

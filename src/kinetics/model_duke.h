@@ -39,7 +39,6 @@ class DukeCycle : public Model3State {
   void RescaleBindFactor();
   double stroke_rate(double x) const;
 
-  std::string file_name;
   double eta = 0.0;
   double GBind = 0.0;
   double dGStroke = 0.0;

@@ -11,8 +11,7 @@
 
 REGISTER_MODEL(ModelHuxley, "Huxley");
 
-ModelHuxley::ModelHuxley(ModelParameter_s const& parameter)
-    : ActiveModel(parameter, 2), file_name(parameter.file_name) {
+ModelHuxley::ModelHuxley(ModelParameter_s const& parameter) : ActiveModel(parameter, 2) {
   std::printf("%s\n", file_name.c_str());
   load_parameters(*this, file_name);
   attached[1] = true;

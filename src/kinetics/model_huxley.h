@@ -31,7 +31,6 @@ class ModelHuxley : public ActiveModel {
   double binding_rate(double x) const;
   double detachment_rate(double x) const;
 
-  std::string const file_name;
   double g1 = 0.0;
   double g2 = 0.0;
   double g3 = 0.0;

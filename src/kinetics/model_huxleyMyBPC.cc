@@ -9,15 +9,10 @@
 
 REGISTER_MODEL(ModelHuxleyMyBPC, "HuxleyMyBPC");
 
-namespace {
-
-constexpr char const* parameter_file = "model_huxleyMyBPC.prm";
-
-}  // namespace
-
 ModelHuxleyMyBPC::ModelHuxleyMyBPC(ModelParameter_s const& parameter) : ActiveModel(parameter, 2) {
   std::printf("<<<<<<<<<<<<<<<<<<<<<<HuxleyMyBPC>>>>>>>>>>>>>>>>>>>>>>>> \n");
-  load_parameters(*this, parameter_file);
+  file_name = "model_huxleyMyBPC.prm";
+  load_parameters(*this, file_name);
   attached[1] = true;
   WriteToTaveloOutput();
 }
@@ -31,7 +26,7 @@ void ModelHuxleyMyBPC::declare_parameters(dealii::ParameterHandler& handler) {
 }
 
 void ModelHuxleyMyBPC::get_parameters(dealii::ParameterHandler& handler) {
-  ParameterSection const huxley(handler, "huxley", parameter_file);
+  ParameterSection const huxley(handler, "huxley", file_name);
   f = huxley.non_negative("f");
   g0 = huxley.non_negative("g0");
   g1 = huxley.non_negative("g1");

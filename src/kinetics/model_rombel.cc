@@ -16,8 +16,7 @@ constexpr double two_pi = 6.283185307179586;
 
 }  // namespace
 
-ModelRombel::ModelRombel(ModelParameter_s const& parameter)
-    : Model3State(parameter), file_name(parameter.file_name) {
+ModelRombel::ModelRombel(ModelParameter_s const& parameter) : Model3State(parameter) {
   load_parameters(*this, file_name);
   rate_type = {{{0, 1, 3}, {2, 0, 1}, {1, 2, 0}}};
 }

@@ -28,6 +28,5 @@ class ModelRombel : public Model3State {
   double rate_bound(unsigned from, double reach) const override;
 
  private:
-  std::string const file_name;
   double k_bind = 0.0;
 };

@@ -55,8 +55,7 @@ bool is_regulated_binding(unsigned from, unsigned to) {
 
 // Construction
 
-ModelTolen9_C3::ModelTolen9_C3(ModelParameter_s const& parameter)
-    : ActiveModel(parameter, 9), file_name(parameter.file_name) {
+ModelTolen9_C3::ModelTolen9_C3(ModelParameter_s const& parameter) : ActiveModel(parameter, 9) {
   copy_integral();
   load_parameters(*this, file_name);
   set_states();

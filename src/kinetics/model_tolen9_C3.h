@@ -63,7 +63,6 @@ class ModelTolen9_C3 : public ActiveModel {
   double table_rate(double x, std::size_t entry) const;
   void RescaleBindFactor();
 
-  std::string const file_name;
   MyDiscreteFunction integral{4.0};
   unsigned variant = C7;
   unsigned interpolation = linear;

@@ -25,7 +25,7 @@ constexpr std::array<std::array<unsigned, 6>, 6> rate_type_vorn = {{{0, 1, 0, 0,
 }  // namespace
 
 ModelVorn::ModelVorn(ModelParameter_s const& parameter)
-    : Model6State(parameter), file_name(parameter.file_name), ca_protocol(calcium_file) {
+    : Model6State(parameter), ca_protocol(calcium_file) {
   load_parameters(*this, file_name);
   rate_type = rate_type_vorn;
   set_transitions(rate_type, transitions);

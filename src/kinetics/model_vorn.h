@@ -42,7 +42,6 @@ class ModelVorn : public Model6State {
   void write_rates() const;
   double calcium_rate() const;
 
-  std::string const file_name;
   double eta = 0.0;
   double GBind = 0.0;
   double dGStroke = 0.0;

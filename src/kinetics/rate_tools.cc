@@ -15,6 +15,8 @@ namespace {
 
 constexpr double negligible_rate = 1e-8;
 constexpr double widest_reach = 1e5;  // nm, far beyond any filament
+constexpr double most_spring_energy =
+    2500.0;  // pN nm, 600 kBT; below exp(-708) a double loses digits
 constexpr double unbounded = std::numeric_limits<double>::infinity();
 
 /// Strain up to which the rate is not negligible, in whole nm.
@@ -44,7 +46,48 @@ double bound_half_width(std::function<double(double)> const& rate,
   return 0.5 * (sum * sweep_step / (0.5 * p0));
 }
 
+/// Whether some state stretches the spring so far that Boltzmann factors leave the range of a
+/// double.
+bool is_too_stiff(Model const& model, double x) {
+  double longest = std::abs(x);
+  for (unsigned s = 0; s < model.n_states(); ++s) {
+    longest = std::max(longest, std::abs(x + model.power_stroke(s)));
+  }
+  double const energy = 0.5 * std::abs(model.xb_model->GetStiffness(x)) * longest * longest;
+  return !(energy < most_spring_energy);
+}
+
+[[noreturn]] void refuse_rate(double rate, Model const& model, double x, unsigned from,
+                              unsigned to) {
+  std::string const which = "rate of state " + std::to_string(from) + " to " + std::to_string(to) +
+                            " at strain " + shown(x) + " nm" + (t_timeStep > 0 ? at_step() : "");
+  if (!model.xb_model || !is_too_stiff(model, x)) {
+    refuse(model.file_name, "the " + which, shown(rate), "a finite number");
+  }
+  refuse(model.xb_model->file_name, "the stiffness", shown(model.xb_model->GetStiffness(x)),
+         "one with which the " + which + ", now " + shown(rate) + ", is finite");
+}
+
 }  // namespace
+
+double require_finite(double rate, Model const& model, double x, unsigned from, unsigned to) {
+  // What is below 0 counts as no rate.
+  if (!(rate <= std::numeric_limits<double>::max())) refuse_rate(rate, model, x, from, to);
+  return rate;
+}
+
+void require_finite_rates(Model const& model) {
+  for (int i = -100; i <= 100; ++i) {
+    double const x = 0.1 * i;
+    for (unsigned from = 0; from < model.n_states(); ++from) {
+      for (unsigned to = 0; to < model.n_states(); ++to) {
+        bool const is_strained = model.attached[from] || model.attached[to];
+        if (!is_strained || !model.transitions[from][to]) continue;
+        require_finite(model.get_k(x, from, to), model, x, from, to);
+      }
+    }
+  }
+}
 
 double saturating_binding(double c, double eta, double e) {
   if (std::abs(eta) < 1e-10) return c * e;

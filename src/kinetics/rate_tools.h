@@ -96,6 +96,14 @@ void set_transitions(std::array<std::array<unsigned, n>, n> const& rate_type,
   }
 }
 
+/// The rate, which a head of strain x has between two states; one that is not a number, or
+/// infinite, ends the run. Names the crossbridge's file where its stiffness is why, else the
+/// model's.
+double require_finite(double rate, Model const& model, double x, unsigned from, unsigned to);
+
+/// The same for all rates of bound heads, and of heads that bind, at strains up to 10 nm in size.
+void require_finite_rates(Model const& model);
+
 /// Lists the constants of a Duke-like cycle under `heading`: k_adp, D, kBT, dGStroke, c_1, c_2,
 /// c_3, c_4, k_12, k_21_cap, delta, eta.
 void list_cycle(char const* heading, std::array<double, 12> const& values);

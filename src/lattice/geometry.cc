@@ -58,9 +58,9 @@ void Geometry::declare_thick_filament(ParameterSection const& myosin, std::strin
 
 unsigned Geometry::get_thick_filament(ParameterSection const& myosin,
                                       std::string const& count_key) {
-  myosin_offset = myosin.positive("myosin_offset");
+  myosin_offset = myosin.length("myosin_offset");
   unsigned const count = get_count(myosin, count_key);
-  dx_myosin = myosin.positive("dx_myosin");
+  dx_myosin = myosin.length("dx_myosin");
   e.push_back(myosin.positive("e_mysoin"));
   a.push_back(myosin.positive("a_mysoin"));
   return count;
@@ -77,7 +77,7 @@ void Geometry::declare_thin_filaments(ParameterSection const& actin, unsigned n)
 }
 
 double Geometry::get_thin_filaments(ParameterSection const& actin, unsigned n) {
-  dx_actin = actin.positive("dx_actin");
+  dx_actin = actin.length("dx_actin");
   double const length = get_actin_length(actin);
   actin_period = get_count(actin, "actin_period");
   for (unsigned fibre = 1; fibre <= n; ++fibre) {
@@ -88,7 +88,7 @@ double Geometry::get_thin_filaments(ParameterSection const& actin, unsigned n) {
 }
 
 double Geometry::get_actin_length(ParameterSection const& actin) {
-  double const length = actin.positive("length_actin");
+  double const length = actin.length("length_actin");
   if (!(length / dx_actin >= 2.0 && length / dx_actin < 1e6)) {
     actin.refuse_value("length_actin", "2 to a million times dx_actin");
   }

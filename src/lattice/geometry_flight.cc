@@ -72,13 +72,13 @@ void GeometryFlight::get_parameters(dealii::ParameterHandler& handler) {
   }
   {
     ParameterSection const axial(handler, "axial", parameter_file);
-    radius_actin = axial.positive("radius_actin");
-    radius_myosin = axial.positive("radius_myosin");
-    d_actin_myosin = axial.positive("d_actin_myosin");
+    radius_actin = axial.length("radius_actin");
+    radius_myosin = axial.length("radius_myosin");
+    d_actin_myosin = axial.length("d_actin_myosin");
   }
   {
     ParameterSection const numerics(handler, "numerics", parameter_file);
-    xamax = numerics.positive("xamax");
+    xamax = numerics.length("xamax");
   }
   get_see(handler, parameter_file);
 }

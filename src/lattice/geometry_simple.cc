@@ -42,14 +42,14 @@ void GeometrySimple::get_parameters(dealii::ParameterHandler& handler) {
   }
   {
     ParameterSection const actin(handler, "actin", parameter_file);
-    dx_actin = actin.positive("dx_actin");
+    dx_actin = actin.length("dx_actin");
     get_actin_length(actin);
     e.push_back(actin.positive("e_actin"));
     a.push_back(actin.positive("a_actin"));
   }
   {
     ParameterSection const numerics(handler, "numerics", parameter_file);
-    xamax = numerics.positive("xamax");
+    xamax = numerics.length("xamax");
   }
   get_see(handler, parameter_file);
 }

@@ -57,7 +57,7 @@ void GeometryTolen::get_parameters(dealii::ParameterHandler& handler) {
   }
   {
     ParameterSection const numerics(handler, "numerics", parameter_file);
-    xamax = numerics.positive("xamax");
+    xamax = numerics.length("xamax");
     model_c4 = numerics.text("model") == "C4" ? 1 : 0;
   }
   get_see(handler, parameter_file);

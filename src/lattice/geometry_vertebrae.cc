@@ -93,13 +93,13 @@ void GeometryVertebrae::get_parameters(dealii::ParameterHandler& handler) {
   get_actin_parameters(handler);
   {
     ParameterSection const axial(handler, "axial", parameter_file);
-    radius_actin = axial.positive("radius_actin");
-    radius_myosin = axial.positive("radius_myosin");
-    d_actin_myosin = axial.positive("d_actin_myosin");
+    radius_actin = axial.length("radius_actin");
+    radius_myosin = axial.length("radius_myosin");
+    d_actin_myosin = axial.length("d_actin_myosin");
   }
   {
     ParameterSection const numerics(handler, "numerics", parameter_file);
-    xamax = numerics.positive("xamax");
+    xamax = numerics.length("xamax");
   }
   {
     ParameterSection const nebulin(handler, "nebulin", parameter_file);
@@ -109,7 +109,7 @@ void GeometryVertebrae::get_parameters(dealii::ParameterHandler& handler) {
     ParameterSection const titin(handler, "titin", parameter_file);
     titin_enabled = static_cast<unsigned>(titin.integer("titin_enabled"));
     titin_stiffness = titin.text("titin_stiffness");
-    titin_length = titin.positive("titin_length");
+    titin_length = titin.length("titin_length");
   }
   get_see(handler, parameter_file);
   get_proteinC_parameters(handler);
@@ -138,7 +138,7 @@ void GeometryVertebrae::get_myosin_parameters(dealii::ParameterHandler& handler)
 void GeometryVertebrae::get_actin_parameters(dealii::ParameterHandler& handler) {
   ParameterSection const actin(handler, "actin", parameter_file);
   double const length = get_thin_filaments(actin, thin_filaments);
-  a_offset = actin.number("a_offset");
+  a_offset = actin.between("a_offset", -1e6, 1e6);
   actin_end = length + a_offset;
 }
 

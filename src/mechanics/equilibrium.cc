@@ -18,8 +18,6 @@ using Vector = dealii::Vector<double>;
 
 constexpr int most_passes = 100;
 
-double rms(Vector const& v) { return std::sqrt(v.norm_sqr() / v.size()); }
-
 /// Largest absolute entry that is a number.
 double peak(Vector const& v) {
   // In four rows: each comparison waits for the one before it in its row.
@@ -35,17 +33,22 @@ unsigned index_of_peak(Vector const& v, double peak) {
   return at == v.end() ? 0 : static_cast<unsigned>(at - v.begin());
 }
 
+/// Infinite where the squares would be: in Debug deal.II refuses their sum.
+double rms(Vector const& v, double largest) {
+  return largest < 1e150 ? std::sqrt(v.norm_sqr() / v.size()) : HUGE_VAL;
+}
+
 }  // namespace
 
 /// What a pass left: its correction, and the forces that are still out of balance.
 struct Equilibrium::Residual {
   Residual(Vector const& du, Vector const& rhs)
-      : rms_du(rms(du)), rms_rhs(rms(rhs)), max_du(peak(du)), max_rhs(peak(rhs)) {}
+      : max_du(peak(du)), max_rhs(peak(rhs)), rms_du(rms(du, max_du)), rms_rhs(rms(rhs, max_rhs)) {}
 
-  double rms_du;  ///< not a number if an entry is none
-  double rms_rhs;
   double max_du;
   double max_rhs;
+  double rms_du;  ///< not a number if an entry is none
+  double rms_rhs;
 };
 
 Equilibrium::Equilibrium(SarcomerParameter_s const& parameter, FilamentArray const& array,
@@ -97,8 +100,8 @@ void Equilibrium::iterate(bool moves, Report report) {
     if (ends.prescribed.is_length()) ends.prescribed.value = 0.0;
     ++run_facts.passes;
     assemble_rhs(ends, moves ? &du : nullptr);
-    log_pass(pass);
     report();
+    log_pass(pass);
     system.condense(rhs);
     Residual const residual(du, rhs);
     log_residual(residual);

@@ -16,7 +16,7 @@ namespace {
 XB_Model const& create_series_law(Geometry const& geometry, std::string const& section,
                                   std::string const& name, char const* message) {
   bool const is_series_law = name == "ConstantStiffness" || name == "StiffnessFunction";
-  if (is_series_law) return *create_elastic_law(name, section + "_");
+  if (is_series_law) return *create_passive_law(name, section + "_");
   stop_with_message(message, geometry.parameter_file_name + ", section " + section + ": " +
                                  section + "_stiffness is '" + name +
                                  "'; accepted: ConstantStiffness or StiffnessFunction");

@@ -32,9 +32,9 @@ void write_place(FILE* file, Filament const& filament, MyosinHead_s const& head)
 }  // namespace
 
 void write_snapshots(FilamentArray const& filaments, double time) {
-  OutputFile const distributions(name_at("distributions_", time), "wt");
-  OutputFile const xray(name_at("x_ray_data_", time), "wt");
-  OutputFile const places(name_at("bonds_", time), "wt");
+  WholeFile distributions(name_at("distributions_", time));
+  WholeFile xray(name_at("x_ray_data_", time));
+  WholeFile places(name_at("bonds_", time));
   std::fprintf(distributions.get(), "X,Stiffness,Force,Energy,State\n");
   std::fprintf(xray.get(), "Filament, Actin, Strained, Node, InitCoordinate, Coordinate, Force\n");
   std::fprintf(places.get(), "Head,Crown,HeadInCrown,Kind,HeadY,HeadZ,SiteY,SiteZ\n");
@@ -56,7 +56,5 @@ void write_snapshots(FilamentArray const& filaments, double time) {
       write_place(places.get(), filament, h);
     }
   }
-  distributions.flush();
-  xray.flush();
-  places.flush();
+  for (WholeFile* const file : {&distributions, &xray, &places}) file->finish();
 }

@@ -8,7 +8,7 @@ from typing import TYPE_CHECKING, Any
 import numpy as np
 import pandas as pd
 
-from ..style import INK, LIGHT, STYLE
+from ..style import INK, LIGHT, STYLE, as_text
 from ..tables import BY_KEY
 from .bootstrap import LEAST_SEEDS, interval
 from .measures import Time
@@ -151,9 +151,10 @@ def drawer(panel: Panel, data: Drawn) -> Callable[[Any], None]:
         if panel.reverse:
             axes.invert_xaxis()
         if panel.title:
-            axes.set_title(panel.title, loc="left")
-        if len(axes.get_legend_handles_labels()[0]) > 0:
-            axes.legend()
+            axes.set_title(as_text(panel.title), loc="left")
+        handles, labels = axes.get_legend_handles_labels()
+        if handles:
+            axes.legend(handles, map(as_text, labels))
 
     return draw
 
@@ -182,8 +183,9 @@ def _draw_measures(axes: Any, panel: Panel, data: Drawn) -> None:
             told = _fitted_values(result) if len(series) == 1 else None
             axes.plot(result.x, result.fit.curve(result.x), color=colour, label=told)
             axes.fill_between(result.x, *result.band, color=colour, alpha=0.18, linewidth=0)
-    axes.set_xlabel(_label(data.plan, panel.x))
-    axes.set_ylabel(_broken(", ".join(short(n) for n in panel.y) + _unit(data.plan, panel.y[0], " [{}]")))
+    axes.set_xlabel(as_text(_label(data.plan, panel.x)))
+    label = ", ".join(short(n) for n in panel.y) + _unit(data.plan, panel.y[0], " [{}]")
+    axes.set_ylabel(as_text(_broken(label)))
     low, high = axes.get_ylim()
     if low < 0 < high:
         axes.axhline(0.0, color=INK, linewidth=0.5)

@@ -6,7 +6,8 @@ from collections.abc import Callable
 from functools import cached_property
 from pathlib import Path
 
-from ..listing import read_parameter_file
+from ..listing import settings_of
+from ..numbers import read_text
 from ..protocol import end_time, read_protocol
 from ..read import read_run
 from .errors import StudyError
@@ -55,7 +56,7 @@ class _Facts:
     def _parameter(self, key: str, default: str) -> str:
         for path in input_files(self._base):
             if path.suffix == ".prm":
-                table = read_parameter_file(path)
+                table = settings_of(path.name, read_text(path))
                 found = table.loc[table["name"] == key, "value"]
                 if len(found):
                     return str(found.iloc[-1])

@@ -41,6 +41,14 @@ TEST(ParameterFile, MissingFileIsWrittenWithTheDefaultsWhichHold) {
   EXPECT_EQ(Component("mc.prm").geometry, "Flight");
 }
 
+TEST(ParameterFile, EmptyFileIsToldOf) {
+  write_file("mc.prm", " \n");
+  EXPECT_NE(read_defaults("mc.prm").find("mc.prm is empty"), std::string::npos);
+  write_file("mc.prm", "# as they are\n");
+  EXPECT_EQ(read_defaults("mc.prm"), "");
+  EXPECT_EQ(read_file("mc.prm"), "# as they are\n");
+}
+
 TEST(ParameterFile, EmptyNameGivesDefaultsWithoutAFileOrAWord) {
   EXPECT_EQ(read_defaults(""), "");
   for (auto const& entry : fs::directory_iterator(".")) EXPECT_NE(entry.path().extension(), ".prm");

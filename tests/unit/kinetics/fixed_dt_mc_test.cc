@@ -9,6 +9,7 @@
 #include "base/run_state.h"
 #include "kinetics/outcome_scale.h"
 #include "support/bare_geometry.h"
+#include "support/expect_refusal.h"
 #include "support/rate_model.h"
 #include "support/scripted_rand.h"
 #include "support/work_dir.h"
@@ -230,6 +231,17 @@ TEST_F(Stepper, HeadIsAskedUpToItsBoundTimesTheFactorsOfTheSites) {
     ScriptedRand::script({u});
     stepper.state_change(bench.data, bench.head(), BareGeometry(), bench.candidates);
     EXPECT_EQ(bench.head().state, u < 0.6 ? 0u : 1u);
+  }
+}
+
+TEST_F(Stepper, RefusesRatesThatAreNoNumbers) {
+  for (double const bad : {std::nan(""), HUGE_VAL}) {
+    RateModel const model(2, {1}, {{{1, 0}, bad}});
+    FixedTimeStepMC const stepper(model, model, nullptr);
+    Bench bench;
+    bench.bind(1, 1, 1);
+    expect_refusal([&] { bench.step(stepper, 0.5); },
+                   "the rate of state 1 to 0 at strain 2 nm.*is '(nan|inf)'; accepted: a finite");
   }
 }
 
