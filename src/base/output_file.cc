@@ -46,6 +46,17 @@ OutputFile& OutputFile::operator=(OutputFile&& other) noexcept {
 
 void OutputFile::flush() const { flush_output(file, name); }
 
+WholeFile::WholeFile(std::string const& file_name)
+    : name(file_name), part_name(file_name + ".part"), part(part_name, "wt") {}
+
+void WholeFile::complete() {
+  part.flush();
+  part = OutputFile();
+  if (!discards_outputs && std::rename(part_name.c_str(), name.c_str()) != 0) stop_unwritable(name);
+  run_facts.outputs.erase(part_name);
+  run_facts.outputs.insert(name);
+}
+
 FILE* open_output(std::string const& name, char const* mode) {
   FILE* const file = std::fopen(place_of(name), mode);
   if (!file) stop_unwritable(name);

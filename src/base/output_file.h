@@ -30,6 +30,21 @@ class OutputFile {
   std::string name;
 };
 
+/// An output file that is there under its name only when it is whole: written as NAME.part, then
+/// renamed. A run that is killed in between leaves what was there before.
+class WholeFile {
+ public:
+  explicit WholeFile(std::string const& name);
+  FILE* get() const { return part.get(); }
+  /// Gives the file its name, or ends the run.
+  void complete();
+
+ private:
+  std::string name;
+  std::string part_name;
+  OutputFile part;
+};
+
 /// `fopen` that ends the run when it fails.
 FILE* open_output(std::string const& name, char const* mode);
 /// `fflush` that ends the run when anything since the opening was not written.
