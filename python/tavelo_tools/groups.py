@@ -9,7 +9,7 @@ import numpy as np
 import pandas as pd
 
 from .listing import settings_of
-from .noticed import SNAPSHOT_TIMES
+from .noticed import LATTICE_TIMES, SNAPSHOT_TIMES
 from .read import Run
 
 SEED = "random_seed"
@@ -42,7 +42,7 @@ def conditions(run: Run) -> Settings:
     """All that a run depends on but its seed: its input files, or the listing where they are lost."""
     files = sorted({*run.directory.glob("*.prm"), *run.directory.glob("*.dat")})
     outputs = {path for paths in run.files.values() for path in paths}
-    inputs = [path for path in files if path not in outputs and path.name != SNAPSHOT_TIMES]
+    inputs = [path for path in files if path not in outputs and path.name not in (SNAPSHOT_TIMES, LATTICE_TIMES)]
     if not any(path.name == "simulation.prm" for path in inputs):
         return _listed(run)
     found: Settings = {}

@@ -14,6 +14,7 @@ from .record import Record
 from .tables import NEEDED
 
 SNAPSHOT_TIMES = "WritingDistributionSteps.dat"
+LATTICE_TIMES = "WritingLatticeSteps.dat"
 TIMES = {
     "result": "result.csv",
     "bound_states": "cb_states_file.csv",

@@ -182,12 +182,14 @@ class Run(Mapping[str, pd.DataFrame]):
             if not table.may_be_empty:
                 self._problem(path.name, "holds no rows")
             return rows
-        added = 2 if table.is_snapshot else 1 if table.key == "head_states" else 0
+        is_numbered = table.is_snapshot and "bond" in table.columns
+        added = 1 + is_numbered if table.is_snapshot else 1 if table.key == "head_states" else 0
         rows.columns = pd.Index(table.names(rows.shape[1] + added)[added:])
         if table.key == "rates":
             rows.columns = pd.Index(_named_by_heading(path, rows))
         if table.is_snapshot:
             rows.insert(0, "time", _snapshot_time(table, path))
+        if is_numbered:
             rows.insert(1, "bond", rows.index)
         return rows
 

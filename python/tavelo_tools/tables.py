@@ -73,6 +73,72 @@ CONVERGENCE: Columns = {
     "unknown_of_correction": "",
     "displacement_actin": "nm",
 }
+LATTICE: tuple[tuple[str, str, Columns], ...] = (
+    (
+        "filaments",
+        "every filament, at every place round its thick filament",
+        {
+            "filament": "",
+            "place": "",
+            "direction": "",
+            "origin": "nm",
+            "fibre": "",
+            "faces": "",
+            "first": "nm",
+            "last": "nm",
+            "bearing": "rad",
+            "distance": "nm",
+            "radius": "nm",
+            "titin_force": "pN",
+        },
+    ),
+    (
+        "heads",
+        "every head, bound or not,",
+        {
+            "filament": "",
+            "head": "",
+            "crown": "",
+            "head_in_crown": "",
+            "kind": "",
+            "state": "",
+            "x": "nm",
+            "azimuth": "rad",
+            "y": "nm",
+            "z": "nm",
+        },
+    ),
+    (
+        "bonds",
+        "every bond that holds",
+        {
+            "filament": "",
+            "head": "",
+            "fibre": "",
+            "site": "",
+            "strain": "nm",
+            "strain_with_lever": "nm",
+            "stiffness": "pN/nm",
+            "force": "pN",
+            "energy": "pN nm",
+            "bearing": "rad",
+            "azimuth": "rad",
+        },
+    ),
+    (
+        "sites",
+        "every site",
+        {
+            "filament": "",
+            "fibre": "",
+            "site": "",
+            "state": "",
+            "binding_factor": "",
+            "x": "nm",
+            "azimuth": "rad",
+        },
+    ),
+)
 NUMBERS, LISTING, SITES, TROPOMYOSIN, TIMES, VALUES = range(6)
 
 
@@ -116,6 +182,12 @@ def _law(key: str, file: str, quantity: str, unit: str, heading: bool) -> Table:
     about = f"{quantity} of an elastic law over the extension"
     columns = {"extension": "nm", quantity: unit}
     return Table(key, file, about, columns, heading=heading, separator="," if heading else " ")
+
+
+def _lattice(part: str, about: str, columns: Columns) -> Table:
+    """A file of a snapshot of the whole lattice."""
+    pattern = rf"lattice_{part}_(.+)\.csv"
+    return Table(f"lattice_{part}", pattern, f"{about} at a snapshot of the lattice", {"time": "time", **columns})
 
 
 TABLES = (
@@ -201,6 +273,7 @@ TABLES = (
         "head of every bond at a snapshot, and where both ends stand seen end-on",
         {"time": "time", "bond": "", **PLACE},
     ),
+    *(_lattice(*part) for part in LATTICE),
     Table(
         "sites",
         r"actinSites\.csv",

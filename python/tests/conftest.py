@@ -14,7 +14,7 @@ SNAPSHOTS = "WritingDistributionSteps.dat"
 
 @pytest.fixture(scope="session")
 def real_run(tmp_path_factory: pytest.TempPathFactory) -> Path:
-    """30 steps of the regulated tetanus, with two snapshots; its log is kept."""
+    """30 steps of the regulated tetanus, with two snapshots of bonds and lattice; its log is kept."""
     directory = tmp_path_factory.mktemp("real") / "tetanus"
     directory.mkdir()
     example = ROOT / "examples" / "calcium_tetanus"
@@ -23,6 +23,7 @@ def real_run(tmp_path_factory: pytest.TempPathFactory) -> Path:
     (directory / "protocol.dat").write_text("0 0.0001 0 0 0\n0.003 0.0001 0 0 0\n")
     (directory / "ca_protocol.dat").write_text("0 0.0001 0 0 1e-5\n")
     (directory / SNAPSHOTS).write_text("time\n0.002\n0.003\n")
+    (directory / "WritingLatticeSteps.dat").write_text("time\n0.002\n0.003\n")
     with open(directory / "tavelo.log", "w") as log:
         subprocess.run([os.environ["TAVELO"]], cwd=directory, stdout=log, check=True)
     return directory

@@ -111,6 +111,27 @@ def test_a_real_run_is_read_whole(real_run: Path) -> None:
     assert np.hypot(bonds["y"] - bonds["y_head"], bonds["z"] - bonds["z_head"]).between(19.4, 26).all()
 
 
+def test_the_lattice_holds_the_bonds(real_run: Path) -> None:
+    run = read_run(real_run)
+    heads, bonds, sites = (run[f"lattice_{part}"] for part in ("heads", "bonds", "sites"))
+    assert heads.groupby("time").size().to_dict() == {0.002: 1500, 0.003: 1500}
+    assert sites.groupby("time").size().to_dict() == {0.002: 10 * 2 * 379, 0.003: 10 * 2 * 379}
+    bound = run["result"].set_index("time")["bound_heads"]
+    found = bonds.groupby("time").size() / 10
+    assert found.to_dict() == pytest.approx({0.002: bound.iloc[19], 0.003: bound.iloc[29]})
+    # Snapshots of bonds may have a head that has just let go in place of the last.
+    key = ["time", "filament", "head"]
+    both = run["bonds"].merge(bonds, on=key, suffixes=("", "_too")).merge(heads, on=key, suffixes=("", "_of_head"))
+    assert len(both) > 0.9 * len(bonds) > 10
+    for name in ("strain", "force", "energy", "fibre", "site"):
+        assert np.allclose(both[name], both[f"{name}_too"]), name
+    for name in ("x", "y", "z"):
+        assert np.allclose(both[f"{name}_head"], both[f"{name}_of_head"], atol=1e-5), name
+    at_sites = bonds.merge(sites, on=["time", "filament", "fibre", "site"], suffixes=("", "_site"))
+    assert np.allclose(at_sites["azimuth"], at_sites["azimuth_site"])
+    assert len(at_sites) == len(bonds)
+
+
 @pytest.mark.parametrize("name, told", [("nowhere", "no such directory"), ("file", "not a directory"),
                                         ("empty", "no outputs of a run")])  # fmt: skip
 def test_what_is_no_run_is_refused(tmp_path: Path, name: str, told: str) -> None:

@@ -53,6 +53,9 @@ void print(RunPlan_s const& plan) {
   std::printf("heads      %zu, and %zu links of protein-C\n", extent.heads, extent.links);
   std::printf("steps      %d, to time %g%s\n", plan.steps, plan.end, reservation(plan.count));
   std::printf("snapshots  %zu\n", plan.snapshots);
+  if (plan.lattice_snapshots > 0) {
+    std::printf("           %zu of the whole lattice\n", plan.lattice_snapshots);
+  }
   std::printf("expected   %s\n", expected_time(plan).c_str());
 }
 

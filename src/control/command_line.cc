@@ -41,6 +41,8 @@ Input:  simulation.prm      models and random seed
         ca_protocol.dat     the course that drives regulation
         WritingDistributionSteps.dat
                             times of snapshots (optional)
+        WritingLatticeSteps.dat
+                            times of snapshots of the whole lattice (optional)
 Output: run.json            the record of the run
         result.csv          force, displacements, bound heads per step
         cb_states_file.csv  heads by state

@@ -59,6 +59,8 @@ class MacroModel {
   virtual void writeResults(double time) = 0;
   virtual void write_cb_states(std::ofstream& stream) = 0;
   virtual void create_distribution_output(double time) = 0;
+  /// Writes the whole lattice as it stands.
+  virtual void write_lattice(double time) = 0;
   /// Writes the stiffness against a further displacement of 1 nm; nothing moves.
   virtual void calculate_stiffness(double time, double displacement) = 0;
   virtual void printActinSiteStates() = 0;

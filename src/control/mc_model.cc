@@ -7,6 +7,7 @@
 #include "kinetics/fixed_dt_mc.h"
 #include "lattice/geometry.h"
 #include "mechanics/filament.h"
+#include "mechanics/lattice_snapshot.h"
 #include "mechanics/sarcomer.h"
 
 REGISTER_COMPONENT(MCModel, MacroModel, MacroModelParameter, "MonteCarlo");
@@ -102,6 +103,10 @@ void MCModel::write_cb_states(std::ofstream& stream) {
 }
 
 void MCModel::create_distribution_output(double time) { sarcomer->create_distributions(time); }
+
+void MCModel::write_lattice(double time) {
+  write_lattice_snapshot(sarcomer->all_filaments(), time);
+}
 
 void MCModel::calculate_stiffness(double time, double displacement) {
   sarcomer->set_boundary_mode(of_lattice({Prescribed::Quantity::length, displacement + 1.0}));

@@ -26,6 +26,7 @@ class MCModel : public MacroModel {
   void writeResults(double time) override;
   void write_cb_states(std::ofstream& stream) override;
   void create_distribution_output(double time) override;
+  void write_lattice(double time) override;
   void calculate_stiffness(double time, double displacement) override;
   void printActinSiteStates() override;
   Extent_s extent() const override;

@@ -1,13 +1,9 @@
 #include "control/simulation.h"
 
-#include <cerrno>
 #include <cmath>
 #include <cstdio>
-#include <cstring>
-#include <sstream>
 
 #include "base/diagnostics.h"
-#include "base/input_file.h"
 #include "base/output_file.h"
 #include "base/parameter_file.h"
 #include "base/protocol.h"
@@ -16,6 +12,7 @@
 #include "control/interruption.h"
 #include "control/run_directory.h"
 #include "control/run_record.h"
+#include "control/writing_times.h"
 #include "elastic/create_law.h"
 #include "kinetics/model.h"
 #include "kinetics/rate_tools.h"
@@ -28,7 +25,6 @@ constexpr char const* norms_name = "IterationNorms.csv";
 constexpr char const* convergence_name = "ListingConvergence.dat";
 constexpr char const* bonds_name = "Kacenja.csv";
 constexpr char const* states_name = "cb_states_file.csv";
-constexpr char const* writing_times_name = "WritingDistributionSteps.dat";
 
 /// The time of the one dump of all sites.
 constexpr double dump_time = 0.7;
@@ -37,40 +33,6 @@ constexpr double dump_time = 0.7;
 constexpr int most_steps_counted = 10000000;
 
 bool is_time(double wanted) { return std::abs(wanted - timeForAll) < 1e-10; }
-
-/// Whether a line holds numbers and nothing else.
-bool holds_numbers(std::string const& line) {
-  std::istringstream words(line);
-  int count = 0;
-  for (double number; words >> number;) ++count;
-  return count > 0 && words.eof();
-}
-
-/// Times of the snapshots: a heading line, then numbers in ascending order.
-std::vector<double> read_writing_times() {
-  std::vector<double> times;
-  auto const text = read_input(writing_times_name);
-  if (!text && errno != ENOENT) {
-    stop(std::string(writing_times_name) + ": can't be read: " + std::strerror(errno));
-  }
-  if (!text) {
-    std::printf("No file: %s : NO DISTRIBUTIONS TO WRITE\n", writing_times_name);
-    return times;
-  }
-  std::istringstream file(*text);
-  std::string heading;
-  std::getline(file, heading);
-  if (holds_numbers(heading)) {
-    warn(std::string(writing_times_name) + ": line 1 is '" + heading +
-         "' and is passed over as the heading; times begin in line 2");
-  }
-  for (double time; file >> time;) times.push_back(time);
-  if (!file.eof()) {
-    warn(std::string(writing_times_name) + ": entry " + std::to_string(times.size() + 1) +
-         " behind the heading is no time; no snapshots from there on");
-  }
-  return times;
-}
 
 }  // namespace
 
@@ -159,6 +121,7 @@ struct Simulation::Loop {
   Protocol protocol{"protocol.dat"};
   std::vector<double> writingTimes;
   std::size_t next_writing = 0;
+  LatticeTimes lattice_times;
   double lastResponse = 0.0;  ///< force [pN] after a step of length control, else displacement [nm]
   std::ofstream bonds;
   std::ofstream states;
@@ -173,6 +136,7 @@ void Simulation::run() {
   fOutputFile = nullptr;
   Protocol::TimeOffset = 0.0;
   loop.writingTimes = read_writing_times();
+  loop.lattice_times = LatticeTimes(read_lattice_times());
   loop.bonds = open_output_stream(bonds_name);
   loop.bonds << "Time,Attachment number,Detachment number";
   end_row(loop.bonds, bonds_name);
@@ -182,6 +146,7 @@ void Simulation::run() {
   loop.states << timeForAll << ',';
   macro_model->write_cb_states(loop.states);
   write_run_record();
+  if (loop.lattice_times.is_due(timeForAll)) macro_model->write_lattice(timeForAll);
 
   finish_calls();
   stop_if_interrupted();
@@ -202,6 +167,7 @@ RunPlan_s Simulation::plan() const {
   plan.seed = static_cast<int>(parameters.random_seed);
   plan.extent = macro_model->extent();
   plan.snapshots = read_writing_times().size();
+  plan.lattice_snapshots = read_lattice_times().size();
   Protocol protocol("protocol.dat");
   protocol.require_end();
   bool has_ended = false;
@@ -241,6 +207,7 @@ void Simulation::write_rows(Loop& loop) {
     macro_model->create_distribution_output(timeForAll);
     ++loop.next_writing;
   }
+  if (loop.lattice_times.is_due(timeForAll)) macro_model->write_lattice(timeForAll);
   loop.bonds << timeForAll << ',' << numberOfAtachments << ',' << numberOfDetachments;
   end_row(loop.bonds, bonds_name);
   loop.states << timeForAll << ',';

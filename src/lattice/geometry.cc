@@ -11,6 +11,14 @@ void Geometry::get_binding_sites(FilamentData const&, MyosinHead_s const&,
 
 std::optional<BondEnds_s> Geometry::bond_ends(MyosinHead_s const&) const { return std::nullopt; }
 
+std::optional<Facing_s> Geometry::facing(MyosinHead_s const&, unsigned) const {
+  return std::nullopt;
+}
+
+std::optional<double> Geometry::azimuth_of_site(unsigned) const { return std::nullopt; }
+
+std::optional<CrossSection_s> Geometry::cross_section() const { return std::nullopt; }
+
 double Geometry::weight_bound(FilamentData const&, MyosinHead_s const&) const {
   return std::numeric_limits<double>::infinity();
 }

@@ -16,6 +16,8 @@
 
 struct BindingSite_s;
 struct BondEnds_s;
+struct CrossSection_s;
+struct Facing_s;
 struct FilamentData;
 struct MyosinHead_s;
 class ParameterSection;
@@ -54,6 +56,17 @@ class Geometry {
   /// Where the ends of a bound head's bond stand seen end-on; nothing where a lattice has no
   /// angles or, like "Tolen", no distances.
   virtual std::optional<BondEnds_s> bond_ends(MyosinHead_s const& head) const;
+  /// How a head, bound or not, stands to a thin filament; nothing where a lattice has no angles.
+  virtual std::optional<Facing_s> facing(MyosinHead_s const& head, unsigned fibre) const;
+  /// Azimuth of a site's first face on its thin filament [rad], in the frame of `facing`; each
+  /// further face is half a turn on.
+  virtual std::optional<double> azimuth_of_site(unsigned site) const;
+  /// Faces of a site by which it can be bound; 0 where a lattice has no angles.
+  virtual unsigned faces_of_site() const { return 0; }
+  /// Which of them, counted from 0, a bound head holds.
+  virtual unsigned bound_face(MyosinHead_s const&) const { return 0; }
+  /// Nothing where a lattice has no distances.
+  virtual std::optional<CrossSection_s> cross_section() const;
 
   /// Lays out fibres, nodes and heads of a new filament. Draws random numbers where heads or
   /// filament lengths are distributed.

@@ -136,14 +136,32 @@ void GeometryFlight::get_binding_sites(FilamentData const& data, MyosinHead_s co
   }
 }
 
-std::optional<BondEnds_s> GeometryFlight::bond_ends(MyosinHead_s const& head) const {
-  unsigned const number = head.number_in_crown();
-  auto const view_of = [&](unsigned face) {
-    return end_on(number, head.crown_class(), head.actin_site, head.actin_fibre, face);
-  };
+unsigned GeometryFlight::bound_face(MyosinHead_s const& head) const {
   // A bond is to the face that the head sees; the other is half a turn on.
-  unsigned const face = steric_weight(view_of(0), bearing_factor) ? 0 : 1;
-  return ends_in_muscle(view_of(face), site_azimuth(head.actin_site) + face * M_PI);
+  return steric_weight(view_of_bond(head, 0), bearing_factor) ? 0 : 1;
+}
+
+EndOnView_s GeometryFlight::view_of_bond(MyosinHead_s const& head, unsigned face) const {
+  return end_on(head.number_in_crown(), head.crown_class(), head.actin_site, head.actin_fibre,
+                face);
+}
+
+std::optional<BondEnds_s> GeometryFlight::bond_ends(MyosinHead_s const& head) const {
+  unsigned const face = bound_face(head);
+  return ends_in_muscle(view_of_bond(head, face), site_azimuth(head.actin_site) + face * M_PI);
+}
+
+std::optional<Facing_s> GeometryFlight::facing(MyosinHead_s const& head, unsigned fibre) const {
+  return facing_in_muscle(end_on(head.number_in_crown(), head.crown_class(), 0, fibre, 0),
+                          site_azimuth(0));
+}
+
+std::optional<double> GeometryFlight::azimuth_of_site(unsigned site) const {
+  return site_azimuth(site);
+}
+
+std::optional<CrossSection_s> GeometryFlight::cross_section() const {
+  return CrossSection_s{radius_myosin, radius_actin, d_actin_myosin};
 }
 
 // Layout

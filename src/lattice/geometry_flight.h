@@ -32,6 +32,11 @@ class GeometryFlight : public Geometry {
                          std::vector<BindingSite_s>& candidates) const override;
   double weight_bound(FilamentData const& data, MyosinHead_s const& head) const override;
   std::optional<BondEnds_s> bond_ends(MyosinHead_s const& head) const override;
+  std::optional<Facing_s> facing(MyosinHead_s const& head, unsigned fibre) const override;
+  std::optional<double> azimuth_of_site(unsigned site) const override;
+  unsigned faces_of_site() const override { return 2; }
+  unsigned bound_face(MyosinHead_s const& head) const override;
+  std::optional<CrossSection_s> cross_section() const override;
   void initialize_filament(FilamentData& data) const override;
 
   /// Places one head against a face, 0 or 1, of a site.
@@ -51,6 +56,7 @@ class GeometryFlight : public Geometry {
  private:
   /// Azimuth of a site's first face.
   double site_azimuth(unsigned site) const;
+  EndOnView_s view_of_bond(MyosinHead_s const& head, unsigned face) const;
 
   double radius_actin = 0.0;
   double radius_myosin = 0.0;

@@ -1,5 +1,6 @@
 #include "lattice/geometry_tolen.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 
@@ -112,6 +113,20 @@ double GeometryTolen::distance(unsigned head, unsigned site, unsigned fibre) con
   double const limit = model_c4 != 0 ? degrees25 : degrees20;
   double const found = angular_distance(get_actin_angle(site), head_azimuth[head][fibre - 1]);
   return found < limit ? found : beyond_limit;
+}
+
+std::optional<Facing_s> GeometryTolen::facing(MyosinHead_s const& head, unsigned fibre) const {
+  unsigned const number = head.number_in_crown();
+  unsigned const crown = head.crown_class();
+  // The targets of a crown class are azimuths of thin filaments that face it, and so opposite.
+  double k = 0.0;
+  for (auto const& map : umap) k = std::max(k, map[crown][number] - 1.0);
+  double const azimuth = crown * third_of_turn / 3.0 + k * third_of_turn;
+  return Facing_s{azimuth, head_azimuth[number][fibre - 1] + M_PI};
+}
+
+std::optional<double> GeometryTolen::azimuth_of_site(unsigned site) const {
+  return get_actin_angle(site);
 }
 
 void GeometryTolen::tabulate_distances() {

@@ -33,6 +33,9 @@ class GeometryTolen : public Geometry {
 
   void get_binding_sites(FilamentData const& data, MyosinHead_s const& head,
                          std::vector<BindingSite_s>& candidates) const override;
+  std::optional<Facing_s> facing(MyosinHead_s const& head, unsigned fibre) const override;
+  std::optional<double> azimuth_of_site(unsigned site) const override;
+  unsigned faces_of_site() const override { return 1; }
   void initialize_filament(FilamentData& data) const override;
 
   /// Azimuth of a site, 0 to 2 pi.

@@ -20,12 +20,16 @@ Point2 difference(Point2 const& from, Point2 const& to) {
 
 }  // namespace
 
-BondEnds_s ends_in_muscle(EndOnView_s const& view, double site_azimuth) {
+Facing_s facing_in_muscle(EndOnView_s const& view, double site_azimuth) {
   double const turn = site_azimuth - view.site_angle;
-  Point2 const head = on_circle({0.0, 0.0}, view.radii.radius_b, view.head_angle + turn);
+  return {view.head_angle + turn, std::atan2(view.actin_y, view.actin_x) + turn};
+}
+
+BondEnds_s ends_in_muscle(EndOnView_s const& view, double site_azimuth) {
+  Facing_s const facing = facing_in_muscle(view, site_azimuth);
+  Point2 const head = on_circle({0.0, 0.0}, view.radii.radius_b, facing.azimuth);
   double const distance = std::hypot(view.actin_x, view.actin_y);
-  double const bearing = std::atan2(view.actin_y, view.actin_x) + turn;
-  Point2 const axis = on_circle({0.0, 0.0}, distance, bearing);
+  Point2 const axis = on_circle({0.0, 0.0}, distance, facing.bearing);
   Point2 const site = on_circle(axis, view.radii.radius_a, site_azimuth);
   return {head[0], head[1], site[0], site[1]};
 }

@@ -37,6 +37,22 @@ struct BondEnds_s {
   double site_z;
 };
 
+/// How a head stands seen end-on, in the muscle's own frame [rad].
+struct Facing_s {
+  double azimuth;  ///< of the head on the thick filament
+  double bearing;  ///< from the thick filament's axis to that of the thin one that it looks at
+};
+
+/// Radii of the filaments and the distance of their axes [nm].
+struct CrossSection_s {
+  double radius_myosin;
+  double radius_actin;
+  double distance;
+};
+
+/// Head and thin filament of a view in the muscle's own frame.
+Facing_s facing_in_muscle(EndOnView_s const& view, double site_azimuth);
+
 /// The ends in the muscle's own frame, in which a site's azimuth is `site_azimuth`: a view is
 /// turned to the thin filaments that its head looks at.
 BondEnds_s ends_in_muscle(EndOnView_s const& view, double site_azimuth);

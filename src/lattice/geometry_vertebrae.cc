@@ -226,6 +226,19 @@ std::optional<BondEnds_s> GeometryVertebrae::bond_ends(MyosinHead_s const& head)
   return ends_in_muscle(view, get_actin_angle(head.actin_site));
 }
 
+std::optional<Facing_s> GeometryVertebrae::facing(MyosinHead_s const& head, unsigned fibre) const {
+  return facing_in_muscle(end_on(head.number_in_crown(), head.crown_class(), 0, fibre),
+                          get_actin_angle(0));
+}
+
+std::optional<double> GeometryVertebrae::azimuth_of_site(unsigned site) const {
+  return get_actin_angle(site);
+}
+
+std::optional<CrossSection_s> GeometryVertebrae::cross_section() const {
+  return CrossSection_s{radius_myosin, radius_actin, d_actin_myosin};
+}
+
 // Layout
 
 void GeometryVertebrae::initialize_filament(FilamentData& data) const {

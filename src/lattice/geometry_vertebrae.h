@@ -33,6 +33,10 @@ class GeometryVertebrae : public Geometry {
                          std::vector<BindingSite_s>& candidates) const override;
   double weight_bound(FilamentData const& data, MyosinHead_s const& head) const override;
   std::optional<BondEnds_s> bond_ends(MyosinHead_s const& head) const override;
+  std::optional<Facing_s> facing(MyosinHead_s const& head, unsigned fibre) const override;
+  std::optional<double> azimuth_of_site(unsigned site) const override;
+  unsigned faces_of_site() const override { return 1; }
+  std::optional<CrossSection_s> cross_section() const override;
   void initialize_filament(FilamentData& data) const override;
 
   /// Chains 0 and 1 are the even and odd sites of fibre 1, chains 2 and 3 those of fibre 2.

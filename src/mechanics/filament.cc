@@ -199,6 +199,11 @@ bool Filament::has_constant_springs() const {
                       [](Bond const& bond) { return bond.law->IsNonLinear(); });
 }
 
+std::optional<double> Filament::titin_force() const {
+  if (!has_titin()) return std::nullopt;
+  return titin_law->GetForce(titin_strain());
+}
+
 double Filament::titin_stiffness() const {
   // The rest value: titin enters the iteration with a constant stiffness.
   return titin_law->GetStiffness(geometry->titin_extension);

@@ -17,6 +17,7 @@
 #include <algorithm>
 #include <iosfwd>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "kinetics/head_models.h"
@@ -80,6 +81,8 @@ class Filament {
   XB_Model const& bond_law(MyosinHead_s const& head) const;
   double bond_stiffness(unsigned index) const;
   double bond_force(unsigned index) const;
+  /// Force of the titin spring [pN]; nothing without titin.
+  std::optional<double> titin_force() const;
 
   /// Calls `function(chain, argument, offset)` for each chain in fibre order, with the running
   /// offset. Returns 0.

@@ -309,10 +309,40 @@ TEST(Lattices, EndsOfABondStandInOneHexagon) {
             std::hypot(ends.site_y - 30 * std::cos(corner), ends.site_z - 30 * std::sin(corner)),
             3.5, 1e-9);
         EXPECT_LT(angular_distance(corner, azimuth), M_PI / 2);
+        Facing_s const facing = *lattice->facing(head, head.actin_fibre);
+        EXPECT_NEAR(angular_distance(facing.azimuth, azimuth), 0.0, 1e-9);
+        EXPECT_NEAR(angular_distance(facing.bearing, corner), 0.0, 1e-9);
+        double const face =
+            *lattice->azimuth_of_site(head.actin_site) + lattice->bound_face(head) * M_PI;
+        EXPECT_NEAR(30 * std::sin(corner) + 3.5 * std::sin(face), ends.site_z, 1e-9);
       }
     }
   }
   EXPECT_FALSE(make_lattice("Tolen")->bond_ends({}));
+}
+
+// Three pairs of heads a third of a turn apart, each within 25 degrees of the corner of the hexagon
+// on which stands the thin filament that it is offered; this one's other images are at every other
+// corner.
+TEST(Lattices, HeadsOfTolenFaceTheCornersOfAHexagon) {
+  auto const lattice = make_lattice("Tolen");
+  FilamentData data = filament_of(*lattice);
+  std::map<unsigned, std::set<long>> corners;
+  for (unsigned i = 0; i < 36; ++i) {
+    MyosinHead_s const& head = data.heads[i];
+    double const phase = lattice->facing(data.heads[i / 6 * 6], 1)->azimuth;
+    double const azimuth = lattice->facing(head, 1)->azimuth;
+    EXPECT_NEAR(std::remainder(azimuth - phase, 2 * M_PI / 3), 0.0, 1e-9);
+    std::vector<BindingSite_s> seen;
+    lattice->get_binding_sites(data, head, seen);
+    for (BindingSite_s const& site : seen) {
+      double const bearing = lattice->facing(head, site.fibre)->bearing;
+      EXPECT_LT(angular_distance(bearing, azimuth), 25 * M_PI / 180);
+      corners[site.fibre].insert(std::lround(normalise_angle(bearing - 0.1) * 3 / M_PI));
+    }
+  }
+  EXPECT_EQ(corners[1], (std::set<long>{-1, 1, 3}));
+  EXPECT_EQ(corners[2], (std::set<long>{-2, 0, 2}));
 }
 
 }  // namespace
