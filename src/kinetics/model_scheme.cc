@@ -147,6 +147,10 @@ bool ModelScheme::IsPowerStrokeState(int state) const {
   return scheme->as_read().states[s].is_stroked.value_or(scheme->lever(s) != 0.0);
 }
 
+double ModelScheme::get_G(double x, unsigned state) const {
+  return scheme->has_energy(state) ? scheme->energy(state, x) : 0.0;
+}
+
 double ModelScheme::get_k(double x, unsigned from, unsigned to, ActinSite_s const& site) const {
   unsigned const pair = from * n_states() + to;
   double k = 0.0;
@@ -234,8 +238,10 @@ void ModelScheme::WriteToTaveloOutput() const {
   std::fprintf(fOutputFile, "\t*** SCHEME ***************************\n\n");
   std::fprintf(fOutputFile, "\tname:\t\t%s\n\tfile:\t\t%s\n", file.name.c_str(), file.file.c_str());
   for (SchemeParameter_s const& parameter : file.parameters) {
-    std::fprintf(fOutputFile, "\t%s:\t\t%.12g %s\n", parameter.name.c_str(),
-                 scheme->values().at(parameter.name), parameter.unit.c_str());
+    bool const has_unit = !parameter.unit.empty() && parameter.unit != "1";
+    std::string const unit = has_unit ? " [" + parameter.unit + "]" : "";
+    std::fprintf(fOutputFile, "\t%s:\t\t%.12g%s\n", parameter.name.c_str(),
+                 scheme->values().at(parameter.name), unit.c_str());
   }
   for (unsigned s = 0; s < n_states(); ++s) {
     SchemeState_s const& state = file.states[s];

@@ -31,6 +31,8 @@ class ModelScheme : public ActiveModel {
   void check_before_run(RunFrame_s const& frame) const override;
   void WriteToTaveloOutput() const;
 
+  /// Free energy of a state, 0 where the file gives none.
+  double get_G(double x, unsigned state) const;
   /// The scheme with its rates over the strain, see scheme/scheme_json.
   std::string json() const;
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <regex>
 
 #include "base/diagnostics.h"
 #include "elastic/XB_Models.h"
@@ -83,10 +84,7 @@ Formula::Formula(FormulaText formula, Constants const& constants, SchemeVariable
     parser->Eval();
     if (parser->GetNumResults() != 1) refuse_at(0, "it has several values");
   } catch (mu::ParserError const& error) {
-    bool const is_known =
-        error.GetPos() >= 0 && error.GetPos() <= static_cast<int>(read.text.size());
-    refuse_at(is_known ? static_cast<std::size_t>(error.GetPos()) : read.text.size(),
-              error.GetMsg());
+    refuse_error(error, constants, allowed);
   }
 }
 
@@ -97,6 +95,23 @@ Formula& Formula::operator=(Formula&&) noexcept = default;
 double Formula::operator()() const { return parser->Eval(); }
 
 bool Formula::uses(std::string const& name) const { return contains(names, name); }
+
+void Formula::refuse_error(mu::ParserError const& error, Constants const& constants,
+                           std::vector<std::string> const& allowed) const {
+  bool const is_known = error.GetPos() >= 0 && error.GetPos() <= static_cast<int>(read.text.size());
+  std::size_t const position =
+      is_known ? static_cast<std::size_t>(error.GetPos()) : read.text.size();
+  if (error.GetCode() != mu::ecUNASSIGNABLE_TOKEN) {
+    // The library counts positions from 0.
+    static std::regex const place(" (found )?at (expression )?position \\d+\\.?");
+    refuse_at(position, std::regex_replace(error.GetMsg(), place, ""));
+  }
+  std::string known;
+  for (std::string const& name : allowed) known += name + ", ";
+  for (auto const& constant : constants) known += constant.first + ", ";
+  refuse_at(position,
+            "unexpected '" + error.GetToken() + "'; known: " + known + "functions, numbers");
+}
 
 void Formula::refuse_at(std::size_t position, std::string const& reason) const {
   stop(read.where + ": the formula '" + read.text + "' is wrong at position " +

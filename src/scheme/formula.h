@@ -13,6 +13,10 @@
 
 class XB_Model;
 
+namespace mu {
+class ParserError;
+}
+
 /// What rates depend on. Whoever evaluates a formula sets it before.
 struct SchemeVariables {
   double x = 0.0;   ///< strain [nm]
@@ -53,6 +57,8 @@ class Formula {
   struct Parser;
 
   [[noreturn]] void refuse_at(std::size_t position, std::string const& reason) const;
+  [[noreturn]] void refuse_error(mu::ParserError const& error, Constants const& constants,
+                                 std::vector<std::string> const& allowed) const;
   void refuse_assignments() const;
 
   FormulaText read;
