@@ -16,11 +16,42 @@ namespace {
 
 constexpr double dt = 0.0005;
 
+/// Huxley's two states, with the same rates.
+constexpr char const* huxley_scheme = R"toml(
+name = "Huxley"
+energy_per_ATP = 100
+[parameters]
+f1 = 10
+g1 = 20
+g2 = 200
+h = 8
+[[state]]
+name = "detached"
+attached = false
+[[state]]
+name = "attached"
+attached = true
+[[transition]]
+from = "detached"
+to = "attached"
+rate = "x >= 0 && x < h ? f1 / h * x : 0"
+site = ["on"]
+binding = { constant = "f1", range = [0, "h"] }
+fuel = true
+[[transition]]
+from = "attached"
+to = "detached"
+rate = "x < 0 ? g2 : g1 / h * x"
+site = ["off"]
+fuel = true
+)toml";
+
 void write_file(char const* name, char const* text) { std::ofstream(name) << text; }
 
 void write_input() {
   write_file("Huxley.prm",
              "subsection huxley\nset f1=10\nset g1=20\nset g2=200\nset g3=1\nset h=8\nend\n");
+  write_file("Scheme.prm", huxley_scheme);
   write_file("xb_ConstantStiffness.prm", "subsection ConstantStiffness\nset k=1.7\nend\n");
   write_file("see_ConstantStiffness.prm", "subsection ConstantStiffness\nset k=60\nend\n");
   write_file("geom_vertebrae.prm", "");

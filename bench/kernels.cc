@@ -301,6 +301,27 @@ void filament_of_1000_against_10(benchmark::State& state) {
 }
 BENCHMARK(filament_of_1000_against_10)->Iterations(40)->Unit(benchmark::kMillisecond);
 
+/// What a step costs with Huxley's states as a scheme against the built-in model; the two take
+/// turns.
+void scheme_against_huxley(benchmark::State& state) {
+  BenchLattice built_in(10);
+  for (int i = 0; i < steps_to_plateau; ++i) built_in.step();
+  BenchLattice scheme(10, "Scheme");
+  for (int i = 0; i < steps_to_plateau; ++i) scheme.step();
+  double of_built_in = 0.0;
+  double of_scheme = 0.0;
+  for (auto _ : state) {
+    auto const start = Clock::now();
+    for (int i = 0; i < 20; ++i) built_in.step();
+    auto const middle = Clock::now();
+    of_built_in += std::chrono::duration<double>(middle - start).count();
+    for (int i = 0; i < 20; ++i) scheme.step();
+    of_scheme += seconds_since(middle);
+  }
+  state.counters["ratio"] = of_scheme / of_built_in;
+}
+BENCHMARK(scheme_against_huxley)->Iterations(100)->Unit(benchmark::kMillisecond);
+
 /// The mean of all rates of a model over the strains from -10 to 10 nm.
 void rate(benchmark::State& state, std::string const& name) {
   BenchLattice const lattice(1, name);

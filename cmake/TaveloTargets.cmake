@@ -16,7 +16,7 @@ set(CMAKE_CXX_FLAGS_DEBUG "-O0 -g")
 function(tavelo_setup target)
   deal_ii_setup_target(${target})
   target_include_directories(${target} PRIVATE ${CMAKE_SOURCE_DIR}/src)
-  target_link_libraries(${target} nlohmann_json::nlohmann_json ${NETTLE})
+  target_link_libraries(${target} nlohmann_json::nlohmann_json ${NETTLE} ${MUPARSER})
   # No contraction of a*b+c: Release and Debug must write the same bytes.
   target_compile_options(${target} PRIVATE
     -ffp-contract=off -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)

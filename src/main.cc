@@ -11,6 +11,7 @@
 #include "control/process_start.h"
 #include "control/run_directories.h"
 #include "control/run_record.h"
+#include "control/scheme_program.h"
 #include "control/silent_output.h"
 #include "control/simulation.h"
 
@@ -42,6 +43,10 @@ int main(int argc, char** argv) {
   dealii::deal_II_exceptions::disable_abort_on_exception();
   try {
     CommandLine const command = read_command_line(argc, argv, version_text());
+    if (!command.scheme.empty()) {
+      scheme_program(command.scheme);
+      return 0;
+    }
     if (!command.directories.empty()) {
       return run_directories(command.directories, command.at_a_time,
                              [&command](auto const& directory) { carry_out(command, directory); });

@@ -20,6 +20,7 @@
 #include "kinetics/model_3state.h"
 #include "kinetics/model_6state.h"
 #include "kinetics/model_brek_atpase_fiber.h"
+#include "kinetics/model_scheme.h"
 #include "kinetics/model_util.h"
 #include "kinetics/rate_tools.h"
 
@@ -53,6 +54,7 @@ void write_model(std::string const& name, std::string const& file) {
   write_energies<Model3State>(*model);
   write_energies<Model6State>(*model);
   write_energies<ModelBrekAtpaseFiber>(*model);
+  write_energies<ModelScheme>(*model);
   std::printf("attached:");
   for (unsigned s = 0; s < model->n_states(); ++s) {
     if (model->attached[s]) std::printf(" %u", s);

@@ -182,7 +182,9 @@ def _drive(run: Run) -> tuple[str, float, Callable[[np.ndarray], np.ndarray]]:
 
 
 def _is_driven(run: Run) -> bool:
-    return run.parameter("activation") not in (None, "None") or run.parameter("Model") == "Vorn"
+    return run.parameter("activation") not in (None, "None") or (
+        run.parameter("Model") == "Vorn" or any(scheme.follows_calcium for scheme in run.schemes)
+    )
 
 
 def _calcium(run: Run) -> list[Curve]:
@@ -199,7 +201,8 @@ def _turnover(run: Run) -> list[Curve]:
     heads = run["head_states"]
     states = _states(heads)
     result = run["result"]
-    if not states or result.empty or len(result) < 2:
+    # The program logs two steps by their numbers, whatever they are in a scheme.
+    if not states or result.empty or len(result) < 2 or run.schemes:
         return []
     edges = np.append(0.0, result["time"].to_numpy())
     curves = []

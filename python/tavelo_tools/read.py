@@ -15,6 +15,7 @@ exception: its table is empty, and `problems` says why.
 import re
 from collections.abc import Callable, Iterable, Iterator, Mapping
 from dataclasses import dataclass
+from functools import cached_property
 from pathlib import Path
 from typing import TYPE_CHECKING
 
@@ -24,6 +25,7 @@ import pandas as pd
 from . import listing, tables
 from .numbers import read_numbers, read_text
 from .record import FILE as RECORD_FILE, Record, read_record
+from .scheme.data import Scheme, schemes_of
 from .tables import BY_KEY, STATE_NAMES, TABLES, Table
 
 if TYPE_CHECKING:
@@ -108,7 +110,16 @@ class Run(Mapping[str, pd.DataFrame]):
     @property
     def state_names(self) -> tuple[str, ...]:
         """Names of the kinetic states, by their numbers; empty for a model that isn't known here."""
+        if self.schemes:
+            return tuple(state.name for state in self.schemes[0].states)
         return STATE_NAMES.get(self.parameter("Model") or "", ())
+
+    @cached_property
+    def schemes(self) -> list[Scheme]:
+        """The kinetic schemes of a run whose model is one, that of the slow heads first."""
+        if self.parameter("Model") != "Scheme":
+            return []
+        return schemes_of(self.directory, self.parameter("ModelSlow_fileName"))
 
     @property
     def input_parameters(self) -> pd.DataFrame:

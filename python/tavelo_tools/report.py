@@ -14,6 +14,7 @@ from .numbers import print_any_name
 from .noticed import last_time, notices
 from .plots import Plot, plots_of_run
 from .read import Run, RunError, read_run
+from .scheme.page import sections as scheme_sections
 from .style import as_text, write_png
 from .tables import BY_KEY
 
@@ -95,6 +96,7 @@ def make_page(run: Run, plots: list[Plot]) -> str:
         page.key_figures(key_figures(run)),
         page.notices(found),
         page.plots(plots),
+        *(text for scheme in run.schemes for text in scheme_sections(scheme)),
         page.texts("Protocols, as they stand now", protocols(run)),
         page.parameters("Parameters in force (listing)", run["parameters"], True),
         page.parameters("Parameter files, as they stand now", run.input_parameters, False),

@@ -1,6 +1,7 @@
 #include "base/protocol.h"
 
 #include <cerrno>
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
@@ -285,6 +286,12 @@ double Protocol::get_twitch(double t, double tau1, double tau2) const {
 double Protocol::get_twitch_peak(double tau1, double tau2) const {
   double const t_peak = -std::log(tau2 / tau1) / (1.0 / tau2 - 1.0 / tau1);
   return get_twitch(t_peak, tau1, tau2);
+}
+
+double Protocol::longest_step() const {
+  double longest = steps.front().dt;
+  for (std::size_t i = 1; i + 1 < steps.size(); ++i) longest = std::max(longest, steps[i].dt);
+  return longest;
 }
 
 void Protocol::WriteToTaveloOutput() const {

@@ -53,6 +53,8 @@ class Protocol {
   void require_end() const;
 
   double get_dt() const { return current->dt; }
+  /// Of all rows but the last, which only ends the run where there are others.
+  double longest_step() const;
   /// Value at `time`. `lastResponse` is what the step before did not prescribe: the force after a
   /// length-controlled step, the displacement after a force-controlled one; type 4 starts from it.
   double value_at(double time, double lastResponse = 0.0);

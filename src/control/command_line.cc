@@ -17,6 +17,7 @@ constexpr char const* help =
     R"(Usage: tavelo [--strict] [-q]                    run in the working directory
        tavelo [--strict] [-q] [-j N] DIR ...     run in each directory
        tavelo --check [--strict] [-q] [DIR ...]  tell what would run
+       tavelo --scheme FILE                      check a kinetic scheme
 
 Simulates the contraction of striated muscle: reads text files in a directory
 and writes its results there.
@@ -29,6 +30,9 @@ and writes its results there.
              the default values
   --check    read and build everything, run no step, leave no file; tell model,
              lattice, heads, steps and the expected time
+  --scheme FILE
+             check a kinetic scheme and print it with its rates over the strain
+             as JSON, which tavelo-scheme draws
   --help     print this
   --version  print version, commit, compiler and version of deal.II
 
@@ -90,11 +94,12 @@ void add_from_standard_input(std::vector<std::string>& directories) {
 }  // namespace
 
 CommandLine read_command_line(int argc, char** argv, std::string const& version) {
-  enum LongOption { print_help = 256, print_version, check, strict };
+  enum LongOption { print_help = 256, print_version, check, strict, scheme };
   option const long_options[] = {{"help", no_argument, nullptr, print_help},
                                  {"version", no_argument, nullptr, print_version},
                                  {"check", no_argument, nullptr, check},
                                  {"strict", no_argument, nullptr, strict},
+                                 {"scheme", required_argument, nullptr, scheme},
                                  {nullptr, 0, nullptr, 0}};
   CommandLine command;
   opterr = 0;
@@ -102,7 +107,10 @@ CommandLine read_command_line(int argc, char** argv, std::string const& version)
     std::string const short_option = std::string("-") + static_cast<char>(optopt);
     if (c == print_help) print_and_end(help);
     if (c == print_version) print_and_end(version);
-    if (c == ':') refuse_usage(short_option + " lacks its value");
+    if (c == ':') {
+      bool const is_short = optopt < 256;
+      refuse_usage((is_short ? short_option : std::string(argv[optind - 1])) + " lacks its value");
+    }
     if (c == '?') {
       bool const is_short = optopt != 0 && optopt < 256;
       refuse_usage("unknown option '" + (is_short ? short_option : argv[optind - 1]) + "'");
@@ -110,6 +118,7 @@ CommandLine read_command_line(int argc, char** argv, std::string const& version)
     if (c == 'j') command.at_a_time = read_at_a_time(optarg);
     if (c == 'q') command.is_quiet = true;
     if (c == check) command.is_check = true;
+    if (c == scheme) command.scheme = optarg;
     if (c == strict) command.is_strict = true;
   }
   // The options stand first now, whatever the order they were given in.

@@ -65,6 +65,8 @@ class MacroModel {
   virtual void calculate_stiffness(double time, double displacement) = 0;
   virtual void printActinSiteStates() = 0;
   virtual Extent_s extent() const = 0;
+  /// Lets the models look at the run ahead, whose longest time step this is.
+  virtual void check_before_run(double longest_step) const = 0;
 
  protected:
   Model const* model_slow;

@@ -115,6 +115,12 @@ void MCModel::calculate_stiffness(double time, double displacement) {
 
 void MCModel::printActinSiteStates() { sarcomer->create_actinSites_output(); }
 
+void MCModel::check_before_run(double longest_step) const {
+  double const reach = geometry->reach();
+  model_slow->check_before_run({longest_step, reach, false, model_fast});
+  model_fast->check_before_run({longest_step, reach, true, model_slow});
+}
+
 Extent_s MCModel::extent() const {
   Extent_s extent;
   extent.lattice = parameters.geometry;

@@ -30,6 +30,7 @@ class MCModel : public MacroModel {
   void calculate_stiffness(double time, double displacement) override;
   void printActinSiteStates() override;
   Extent_s extent() const override;
+  void check_before_run(double longest_step) const override;
 
  private:
   std::unique_ptr<FixedTimeStepMC> create_stepper() const;

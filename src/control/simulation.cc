@@ -134,6 +134,7 @@ void Simulation::run() {
   loop.protocol.WriteToTaveloOutput();
   close_output(fOutputFile, listing_name);
   fOutputFile = nullptr;
+  macro_model->check_before_run(loop.protocol.longest_step());
   Protocol::TimeOffset = 0.0;
   loop.writingTimes = read_writing_times();
   loop.lattice_times = LatticeTimes(read_lattice_times());
@@ -170,6 +171,7 @@ RunPlan_s Simulation::plan() const {
   plan.lattice_snapshots = read_lattice_times().size();
   Protocol protocol("protocol.dat");
   protocol.require_end();
+  macro_model->check_before_run(protocol.longest_step());
   bool has_ended = false;
   while (!has_ended && t_timeStep < most_steps_counted) {
     advance_clock(protocol.get_dt());

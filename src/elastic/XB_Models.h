@@ -26,6 +26,8 @@ class XB_Model {
   /// Ends the run for a law without an energy.
   virtual double GetEnergy(double x) const = 0;
   virtual bool IsNonLinear() const = 0;
+  /// Whether `GetEnergy` may be asked.
+  virtual bool HasEnergy() const { return true; }
 
   /// No energy at extensions between `from` and `to` lies below; minus infinity where the law knows
   /// no such limit. Unlike `GetEnergy` it may be asked of every law.
@@ -95,6 +97,7 @@ class XB_SigmoidalStiffness : public XB_Model {
   double GetForce(double x) const override;
   double GetEnergy(double x) const override;
   bool IsNonLinear() const override { return true; }
+  bool HasEnergy() const override { return false; }
 
   double x0 = 0.0;
   double k0 = 0.0;
@@ -117,6 +120,7 @@ class XB_ThreeLinearForce : public XB_Model {
   double GetForce(double x) const override;
   double GetEnergy(double x) const override;
   bool IsNonLinear() const override { return true; }
+  bool HasEnergy() const override { return false; }
 
   double y1 = 0.0;
   double y2 = 0.0;

@@ -26,6 +26,16 @@ struct ModelParameter_s {
   std::string file_name;         ///< the model's parameter file
 };
 
+class Model;
+
+/// What a run will ask of a model.
+struct RunFrame_s {
+  double step;         ///< the longest time step of its protocol
+  double reach;        ///< of the heads [nm]
+  bool is_fast;        ///< the model of the fast heads
+  Model const* other;  ///< that of the slow heads, or else of the fast ones
+};
+
 class Model {
  public:
   Model(ModelParameter_s const& parameter, unsigned n);
@@ -41,6 +51,8 @@ class Model {
   /// attached one all. It holds for a site whose factors are all 1; at another the sum is at most
   /// the bound times the largest of 1 and the site's factors. Infinity where the model knows none.
   virtual double rate_bound(unsigned from, double reach) const;
+  /// Refuses or warns of what doesn't fit the run, before it begins.
+  virtual void check_before_run(RunFrame_s const&) const {}
   /// Lever displacement of a state.
   virtual double power_stroke(unsigned state) const;
 

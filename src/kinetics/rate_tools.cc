@@ -159,7 +159,13 @@ double threshold_strain(XB_Model const& law, double D, double kBT, double k_12, 
 double binding_overlap_factor(std::function<double(double)> const& rate, double kd,
                               std::string const& model) {
   return binding_overlap_factor(
-      rate, [kd](double) { return kd; }, binding_reach(rate, model), model);
+      rate, [kd](double) { return kd; }, model);
+}
+
+double binding_overlap_factor(std::function<double(double)> const& rate,
+                              std::function<double(double)> const& release,
+                              std::string const& model) {
+  return binding_overlap_factor(rate, release, binding_reach(rate, model), model);
 }
 
 double binding_overlap_factor(std::function<double(double)> const& rate,

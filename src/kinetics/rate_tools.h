@@ -82,7 +82,12 @@ double threshold_strain(XB_Model const& law, double D, double kBT, double k_12, 
 double binding_overlap_factor(std::function<double(double)> const& rate, double kd,
                               std::string const& model);
 
-/// The same for a release that depends on the strain, and for binding within a given reach [nm].
+/// The same for a release that depends on the strain.
+double binding_overlap_factor(std::function<double(double)> const& rate,
+                              std::function<double(double)> const& release,
+                              std::string const& model);
+
+/// The same for binding within a given reach [nm].
 double binding_overlap_factor(std::function<double(double)> const& rate,
                               std::function<double(double)> const& release, double reach,
                               std::string const& model);

@@ -23,9 +23,40 @@ inline std::string parameter_file_of(std::string const& model) {
                                 : model + ".prm";
 }
 
+/// A scheme that every elastic law can carry: two states, whose file is no parameter file.
+inline constexpr char const* two_state_scheme = R"toml(
+name = "two states"
+range = [-30, 30]
+energy_per_ATP = 100
+[parameters]
+h = { value = 8, unit = "nm" }
+[[state]]
+name = "D"
+attached = false
+[[state]]
+name = "A"
+attached = true
+[[transition]]
+from = "D"
+to = "A"
+rate = "x >= 0 && x < h ? 10 * x / h : 0"
+site = ["on"]
+fuel = true
+[[transition]]
+from = "A"
+to = "D"
+rate = "(x < 0 ? 200 : 20 * x / h) + exp(-0.02 * F)"
+site = ["off"]
+fuel = true
+)toml";
+
 inline std::unique_ptr<ActiveModel> read_model(std::string const& name, XB_Model& law,
                                                std::string const& settings) {
-  write_settings(parameter_file_of(name), settings);
+  if (name == "Scheme") {
+    write_file("Scheme.prm", settings.empty() ? two_state_scheme : settings);
+  } else {
+    write_settings(parameter_file_of(name), settings);
+  }
   if (!std::filesystem::exists("ca_protocol.dat")) write_file("ca_protocol.dat", "0 1 0 0 0\n");
   auto* const model =
       Factory<Model, ModelParameter_s>::instance().create_type(name, {&law, name + ".prm"});

@@ -7,6 +7,7 @@ from dataclasses import dataclass
 from functools import cached_property, lru_cache
 from pathlib import Path
 
+from ..scheme.data import is_scheme
 from ..tables import TABLES
 from .errors import StudyError
 from .formulas import Template, Value, shown
@@ -78,9 +79,13 @@ class Inputs:
 
 
 def input_files(base: Path) -> list[Path]:
-    """Parameter files, protocols and tables of a folder, without what a run has written there."""
-    paths = sorted(path for path in base.iterdir() if path.suffix in INPUTS and path.is_file())
+    """Parameter files, schemes, protocols and tables of a folder, without what a run has written there."""
+    paths = sorted(path for path in base.iterdir() if path.is_file() and _is_input(path))
     return [path for path in paths if not any(table.matches(path.name) for table in TABLES)]
+
+
+def _is_input(path: Path) -> bool:
+    return path.suffix in INPUTS or is_scheme(path)
 
 
 def _digest(data: bytes) -> str:

@@ -61,7 +61,7 @@ std::string names_of_family() {
 // One that is added belongs here too.
 TEST(Factory, FamiliesHaveTheseComponents) {
   EXPECT_EQ((names_of_family<Model, ModelParameter_s>()),
-            "BrekAtpaseFiber Duke DukeMyBPC Huxley HuxleyMyBPC Rombel Tolen9 Vorn ");
+            "BrekAtpaseFiber Duke DukeMyBPC Huxley HuxleyMyBPC Rombel Scheme Tolen9 Vorn ");
   EXPECT_EQ((names_of_family<Geometry, GeometryParameter_s>()), "Flight Simple Tolen Vertebrae ");
   EXPECT_EQ((names_of_family<ActivationModel, ActivationModelParameter>()),
             "FChain Fixed Geeves6S Lumped2S ");

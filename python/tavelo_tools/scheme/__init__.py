@@ -1,0 +1,1 @@
+"""Kinetic schemes: what the program tells of one, drawn. `tavelo-scheme` on the command line."""
