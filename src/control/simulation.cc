@@ -1,13 +1,9 @@
 #include "control/simulation.h"
 
-#include <cerrno>
 #include <cmath>
 #include <cstdio>
-#include <cstring>
-#include <sstream>
 
 #include "base/diagnostics.h"
-#include "base/input_file.h"
 #include "base/output_file.h"
 #include "base/parameter_file.h"
 #include "base/protocol.h"
@@ -16,6 +12,7 @@
 #include "control/interruption.h"
 #include "control/run_directory.h"
 #include "control/run_record.h"
+#include "control/writing_times.h"
 #include "elastic/create_law.h"
 #include "kinetics/model.h"
 #include "kinetics/rate_tools.h"
@@ -28,7 +25,6 @@ constexpr char const* norms_name = "IterationNorms.csv";
 constexpr char const* convergence_name = "ListingConvergence.dat";
 constexpr char const* bonds_name = "Kacenja.csv";
 constexpr char const* states_name = "cb_states_file.csv";
-constexpr char const* writing_times_name = "WritingDistributionSteps.dat";
 
 /// The time of the one dump of all sites.
 constexpr double dump_time = 0.7;
@@ -37,40 +33,6 @@ constexpr double dump_time = 0.7;
 constexpr int most_steps_counted = 10000000;
 
 bool is_time(double wanted) { return std::abs(wanted - timeForAll) < 1e-10; }
-
-/// Whether a line holds numbers and nothing else.
-bool holds_numbers(std::string const& line) {
-  std::istringstream words(line);
-  int count = 0;
-  for (double number; words >> number;) ++count;
-  return count > 0 && words.eof();
-}
-
-/// Times of the snapshots: a heading line, then numbers in ascending order.
-std::vector<double> read_writing_times() {
-  std::vector<double> times;
-  auto const text = read_input(writing_times_name);
-  if (!text && errno != ENOENT) {
-    stop(std::string(writing_times_name) + ": can't be read: " + std::strerror(errno));
-  }
-  if (!text) {
-    std::printf("No file: %s : NO DISTRIBUTIONS TO WRITE\n", writing_times_name);
-    return times;
-  }
-  std::istringstream file(*text);
-  std::string heading;
-  std::getline(file, heading);
-  if (holds_numbers(heading)) {
-    warn(std::string(writing_times_name) + ": line 1 is '" + heading +
-         "' and is passed over as the heading; times begin in line 2");
-  }
-  for (double time; file >> time;) times.push_back(time);
-  if (!file.eof()) {
-    warn(std::string(writing_times_name) + ": entry " + std::to_string(times.size() + 1) +
-         " behind the heading is no time; no snapshots from there on");
-  }
-  return times;
-}
 
 }  // namespace
 
