@@ -17,9 +17,9 @@
 #include "control/mcModelParameters.h"
 #include "control/simulation.h"
 #include "control/writing_times.h"
-#include "elastic/create_law.h"
 #include "elastic/XB_Models.h"
 #include "elastic/XB_StiffnessFunction.h"
+#include "elastic/create_law.h"
 #include "kinetics/model_duke.h"
 #include "kinetics/model_huxley.h"
 #include "lattice/geometry_simple.h"
@@ -36,8 +36,12 @@ void read_parameters(std::string const& text) {
       [] { SimParameter("in.prm"); },
       [] { McModelParameters("in.prm"); },
       [] { GeometrySimple({}); },
-      [] { ModelHuxley({law, "in.prm"}); },
-      [] { ModelDuke({law, "in.prm"}); },
+      [] {
+        ModelHuxley({law, "in.prm"});
+      },
+      [] {
+        ModelDuke({law, "in.prm"});
+      },
       [] { FChainModel(); },
       [] { CaActivation3x2SModel("in.prm", 1, 1.0); },
       [] { XB_ConstantStiffness("in.prm"); },

@@ -19,7 +19,8 @@ extern "C" int LLVMFuzzerTestOneInput(unsigned char const* data, std::size_t siz
 void try_to(std::function<void()> const& act) {
   pid_t const child = fork();
   if (child == 0) {
-    if (!std::freopen("/dev/null", "w", stdout) || !std::freopen("/dev/null", "w", stderr)) _exit(3);
+    if (!std::freopen("/dev/null", "w", stdout) || !std::freopen("/dev/null", "w", stderr))
+      _exit(3);
     act();
     std::exit(0);
   }
@@ -43,7 +44,8 @@ int main(int argc, char** argv) {
   for (std::size_t i = 0; i < inputs.size(); ++i) {
     std::printf("%s\n", argv[i + 1]);
     std::fflush(stdout);
-    LLVMFuzzerTestOneInput(reinterpret_cast<unsigned char const*>(inputs[i].data()), inputs[i].size());
+    LLVMFuzzerTestOneInput(reinterpret_cast<unsigned char const*>(inputs[i].data()),
+                           inputs[i].size());
   }
   std::filesystem::path const place = std::filesystem::current_path();
   std::filesystem::remove_all(place);
