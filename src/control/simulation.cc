@@ -109,9 +109,7 @@ void Simulation::create_models() {
   parameter.xb_model = create_passive_law("ConstantStiffness", "proteinC_");
   model_proteinC =
       create_component<Model>(parameters.modelMyBPC, parameter, simulation_file, "modelMyBPC");
-  for (auto const& model : {model_fast.get(), model_slow.get(), model_proteinC.get()}) {
-    require_finite_rates(*model);
-  }
+  for (auto const& model : {model_fast.get(), model_slow.get()}) require_finite_rates(*model);
 }
 
 // Time loop

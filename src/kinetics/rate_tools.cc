@@ -15,8 +15,8 @@ namespace {
 
 constexpr double negligible_rate = 1e-8;
 constexpr double widest_reach = 1e5;  // nm, far beyond any filament
-constexpr double most_spring_energy =
-    2500.0;  // pN nm, 600 kBT; below exp(-708) a double loses digits
+/// 600 kBT [pN nm]: below exp(-708) a double loses digits.
+constexpr double most_spring_energy = 2500.0;
 constexpr double unbounded = std::numeric_limits<double>::infinity();
 
 /// Strain up to which the rate is not negligible, in whole nm.
@@ -57,8 +57,9 @@ bool is_too_stiff(Model const& model, double x) {
   return !(energy < most_spring_energy);
 }
 
-[[noreturn]] void refuse_rate(double rate, Model const& model, double x, unsigned from,
-                              unsigned to) {
+}  // namespace
+
+void refuse_rate(double rate, Model const& model, double x, unsigned from, unsigned to) {
   std::string const which = "rate of state " + std::to_string(from) + " to " + std::to_string(to) +
                             " at strain " + shown(x) + " nm" + (t_timeStep > 0 ? at_step() : "");
   if (!model.xb_model || !is_too_stiff(model, x)) {
@@ -66,14 +67,6 @@ bool is_too_stiff(Model const& model, double x) {
   }
   refuse(model.xb_model->file_name, "the stiffness", shown(model.xb_model->GetStiffness(x)),
          "one with which the " + which + ", now " + shown(rate) + ", is finite");
-}
-
-}  // namespace
-
-double require_finite(double rate, Model const& model, double x, unsigned from, unsigned to) {
-  // What is below 0 counts as no rate.
-  if (!(rate <= std::numeric_limits<double>::max())) refuse_rate(rate, model, x, from, to);
-  return rate;
 }
 
 void require_finite_rates(Model const& model) {

@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdio>
 #include <functional>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -101,10 +102,17 @@ void set_transitions(std::array<std::array<unsigned, n>, n> const& rate_type,
   }
 }
 
-/// The rate, which a head of strain x has between two states; one that is not a number, or
-/// infinite, ends the run. Names the crossbridge's file where its stiffness is why, else the
-/// model's.
-double require_finite(double rate, Model const& model, double x, unsigned from, unsigned to);
+/// Ends the run over a rate that a head of strain x has between two states. Names the crossbridge's
+/// file where its stiffness is why, else the model's.
+[[noreturn]] void refuse_rate(double rate, Model const& model, double x, unsigned from,
+                              unsigned to);
+
+/// The rate, unless it is not a number or infinite; what is below 0 counts as no rate.
+inline double require_finite(double rate, Model const& model, double x, unsigned from,
+                             unsigned to) {
+  if (!(rate <= std::numeric_limits<double>::max())) refuse_rate(rate, model, x, from, to);
+  return rate;
+}
 
 /// The same for all rates of bound heads, and of heads that bind, at strains up to 10 nm in size.
 void require_finite_rates(Model const& model);
