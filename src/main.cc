@@ -43,8 +43,8 @@ int main(int argc, char** argv) {
   dealii::deal_II_exceptions::disable_abort_on_exception();
   try {
     CommandLine const command = read_command_line(argc, argv, version_text());
-    if (!command.scheme.empty()) {
-      scheme_program(command.scheme);
+    if (command.scheme) {
+      scheme_program(*command.scheme);
       return 0;
     }
     if (!command.directories.empty()) {

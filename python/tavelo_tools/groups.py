@@ -11,6 +11,7 @@ import pandas as pd
 from .listing import settings_of
 from .noticed import LATTICE_TIMES, SNAPSHOT_TIMES
 from .read import Run
+from .scheme.data import is_scheme, scheme_settings
 
 SEED = "random_seed"
 PROTOCOLS = ("protocol.dat", "ca_protocol.dat")
@@ -40,7 +41,8 @@ def seed(run: Run) -> str:
 
 def conditions(run: Run) -> Settings:
     """All that a run depends on but its seed: its input files, or the listing where they are lost."""
-    files = sorted({*run.directory.glob("*.prm"), *run.directory.glob("*.dat")})
+    schemes = filter(is_scheme, run.directory.glob("*.toml"))
+    files = sorted({*run.directory.glob("*.prm"), *run.directory.glob("*.dat"), *schemes})
     outputs = {path for paths in run.files.values() for path in paths}
     inputs = [path for path in files if path not in outputs and path.name not in (SNAPSHOT_TIMES, LATTICE_TIMES)]
     if not any(path.name == "simulation.prm" for path in inputs):
@@ -50,6 +52,8 @@ def conditions(run: Run) -> Settings:
         text = run.input_text(path)
         if path.suffix == ".prm":
             found |= _settings(settings_of(path.name, text))
+        elif path.suffix == ".toml":
+            found |= {(path.name, name): _plain(value) for name, value in scheme_settings(text)}
         elif path.name in PROTOCOLS:
             found |= _protocol_fields(path.name, text)
         else:

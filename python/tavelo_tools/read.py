@@ -119,7 +119,10 @@ class Run(Mapping[str, pd.DataFrame]):
         """The kinetic schemes of a run whose model is one, that of the slow heads first."""
         if self.parameter("Model") != "Scheme":
             return []
-        return schemes_of(self.directory, self.parameter("ModelSlow_fileName"))
+        schemes, faults = schemes_of(self.directory, self.parameter("ModelSlow_fileName"))
+        for file, text in faults.items():
+            self._problem(file, text)
+        return schemes
 
     @property
     def input_parameters(self) -> pd.DataFrame:

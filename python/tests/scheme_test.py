@@ -10,6 +10,7 @@ import numpy as np
 import pytest
 
 from tavelo_tools import read_run
+from tavelo_tools.groups import conditions
 from tavelo_tools.report import write_report
 from tavelo_tools.scheme.command import ask, main
 from tavelo_tools.scheme.data import from_json
@@ -72,8 +73,13 @@ def test_a_report_names_states_and_shows_the_scheme(tmp_path: Path) -> None:
     assert (tmp_path / "duke.toml").exists() and not (tmp_path / "force_velocity.toml").exists()
     (tmp_path / "protocol.dat").write_text("0 0.0005 0 0 0\n0.01 0.0005 0 0 0\n")
     subprocess.run([TAVELO, "-q"], cwd=tmp_path, check=True)
+    (tmp_path / "scheme_other.json").write_text("{}")
     run = read_run(tmp_path)
+    (tmp_path / "duke.toml").write_text((tmp_path / "duke.toml").read_text().replace("k_bind = { value = 20", "k_bind = { value = 30"))
+    assert conditions(run)["duke.toml", "k_bind"] == "30"
+    assert conditions(run)["duke.toml", "transition 2 rate"].startswith("x < x_cap ? k_12")
     assert run.state_names == ("detached", "bound", "after the stroke")
     html, _ = write_report(run, tmp_path)
     page = html.read_text()
+    assert [problem.file for problem in run.problems] == ["scheme_other.json"]
     assert "2 after the stroke" in page and "Scheme duke.toml" in page and "k_adp * exp(" in page

@@ -131,5 +131,9 @@ CommandLine read_command_line(int argc, char** argv, std::string const& version)
       command.directories.push_back(word);
     }
   }
+  if (command.scheme && !command.directories.empty()) {
+    refuse_usage("--scheme takes one file, and no directory such as '" + command.directories[0] +
+                 "'");
+  }
   return command;
 }

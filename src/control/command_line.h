@@ -2,13 +2,14 @@
 /// What the program is asked to do on its command line; nothing at all is a run in the working
 /// directory.
 
+#include <optional>
 #include <string>
 #include <vector>
 
 struct CommandLine {
   std::vector<std::string> directories;  ///< to run in; none for the working directory
   std::vector<std::string> options;      ///< the other words, the program's name first
-  std::string scheme;                    ///< a kinetic scheme to tell, in place of any run
+  std::optional<std::string> scheme;     ///< a kinetic scheme to tell, in place of any run
   unsigned at_a_time = 1;                ///< runs that go on together
   bool is_check = false;                 ///< tell what would run, and run nothing
   bool is_strict = false;                ///< refuse missing parameter files

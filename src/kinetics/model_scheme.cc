@@ -159,7 +159,8 @@ double ModelScheme::get_k(double x, unsigned from, unsigned to, ActinSite_s cons
     if (term.constant >= 0.0) {
       k += term.constant;
     } else {
-      double const free = term.table ? (*term.table)(x) : ask(*term.rate, x, site);
+      bool const is_tabulated = term.table && term.table->covers(x);
+      double const free = is_tabulated ? (*term.table)(x) : ask(*term.rate, x, site);
       k += regulated(free, term.rate->site, site);
     }
   }
@@ -222,7 +223,8 @@ void ModelScheme::check_before_run(RunFrame_s const& frame) const {
          "state both are attached or neither is");
   }
   auto const* const slow = dynamic_cast<ModelScheme const*>(frame.other);
-  bool const is_told = frame.is_fast && slow->scheme->as_read().file == scheme->as_read().file;
+  bool const is_told =
+      frame.is_fast && slow && slow->scheme->as_read().file == scheme->as_read().file;
   if (is_told) return;
   for (std::string const& text : warnings) warn(text);
   FastestState_s const fastest = fastest_state(*scheme, frame.reach);
@@ -266,8 +268,8 @@ std::string ModelScheme::json() const {
 /// For reports, beside the results of the run.
 void ModelScheme::write_json() const {
   std::string name = scheme->as_read().file;
-  name = name.substr(name.find_last_of('/') + 1);
   name = "scheme_" + name.substr(0, name.rfind('.')) + ".json";
+  std::replace(name.begin(), name.end(), '/', '_');
   OutputFile const file(name, "wt");
   std::fputs(json().c_str(), file.get());
   file.flush();

@@ -8,6 +8,7 @@ namespace {
 
 constexpr double widest_piece = 0.125;  // nm
 constexpr double narrowest_piece = 1e-6;
+constexpr double widest_with_jump = 1e-3;  // wider ones are halved without a look for jumps
 constexpr double relative_error = 2.5e-7;  // at the midpoints, a quarter of what is promised
 constexpr double negligible = 1e-200;      // 1/time; below, numbers lose their digits
 constexpr double least_jump = 1e-9;        // of the rate
@@ -32,7 +33,7 @@ RateTable::RateTable(Rate law, double from, double to)
 void RateTable::cover(double from, double to) {
   if (add_if_close(from, to)) return;
   bool const is_narrow = to - from < narrowest_piece || pieces.size() >= most_pieces;
-  if (split_at_jump(from, to)) return;
+  if (to - from < widest_with_jump && split_at_jump(from, to)) return;
   if (is_narrow) {
     add_asking(from, to);
     return;

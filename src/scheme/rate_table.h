@@ -19,8 +19,10 @@ class RateTable {
   /// Over the strains from `first` to `last` [nm].
   RateTable(Rate rate, double first, double last);
 
+  bool covers(double x) const { return x >= first && x <= last; }
+
   double operator()(double x) const {
-    if (!(x >= first && x <= last)) return rate(x);
+    if (!covers(x)) return rate(x);
     Piece const* piece = &pieces[buckets[static_cast<std::size_t>((x - first) * buckets_per_nm)]];
     while (piece != end_piece() && x >= piece[1].start) ++piece;
     double const s = x - piece->start;

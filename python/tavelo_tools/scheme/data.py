@@ -2,7 +2,8 @@
 
 import json
 import re
-from collections.abc import Sequence
+import tomllib
+from collections.abc import Iterator, Sequence
 from dataclasses import dataclass, field
 from pathlib import Path
 from typing import Any
@@ -86,15 +87,40 @@ def _array(values: Sequence[float | None] | None) -> np.ndarray | None:
 
 def is_scheme(path: Path) -> bool:
     """Whether a file is a scheme; a plan is TOML, too."""
-    return path.suffix == ".toml" and bool(_TRANSITION.search(path.read_bytes()))
+    try:
+        return path.suffix == ".toml" and path.is_file() and bool(_TRANSITION.search(path.read_bytes()))
+    except OSError:
+        return False
 
 
-def schemes_of(directory: Path, slow_file: str | None) -> list[Scheme]:
-    """Those that a run left, that of the slow heads first. Damaged ones are left out."""
-    found = []
-    for path in sorted(directory.glob(FILES)):
+def scheme_settings(text: str) -> list[tuple[str, str]]:
+    """What a scheme sets, by name: parameters by their own, others such as "transition 2 rate"."""
+    try:
+        return list(_settings(tomllib.loads(text), ()))
+    except ValueError:  # as it stands now it is no TOML
+        return [("content", text)]
+
+
+def _settings(value: Any, place: tuple[str, ...]) -> Iterator[tuple[str, str]]:
+    if isinstance(value, dict):
+        for key, inner in value.items():
+            yield from _settings(inner, (*place, key))
+    elif isinstance(value, list) and value and isinstance(value[0], dict):
+        for number, inner in enumerate(value, start=1):
+            yield from _settings(inner, (*place, str(number)))
+    else:
+        is_parameter = place[0] == "parameters" and place[2:] in ((), ("value",))
+        yield place[1] if is_parameter else " ".join(place), str(value)
+
+
+def schemes_of(directory: Path, slow_file: str | None) -> tuple[list[Scheme], dict[str, str]]:
+    """Those that a run left, that of the slow heads first; and what is wrong with others, by file."""
+    found, faults = [], {}
+    for path in sorted(path for path in directory.glob(FILES) if path.is_file()):
         try:
             found.append(from_json(path.read_text(encoding="utf-8")))
-        except (OSError, ValueError, KeyError, TypeError):
-            continue
-    return sorted(found, key=lambda scheme: scheme.file != slow_file)
+        except OSError as error:
+            faults[path.name] = f"can't be read: {error.strerror}"
+        except (ValueError, KeyError, TypeError, IndexError) as error:
+            faults[path.name] = f"not understood: {type(error).__name__} {error}"
+    return sorted(found, key=lambda scheme: scheme.file != slow_file), faults

@@ -136,6 +136,17 @@ rate = 2
   timeForAll = 0.0;
 }
 
+TEST(ModelScheme, RatesBeyondTheTableAreAskedAndChecked) {
+  Spring spring(1.7);
+  std::string text = two_state_scheme;
+  text.replace(text.find("exp("), 4, "sqrt(31 - x) + exp(");
+  auto const model = make_model("Scheme", spring, text);
+  EXPECT_EQ(model->get_k(30.5, 1, 0),
+            20 * 30.5 / 8 + std::sqrt(0.5) + std::exp(-0.02 * (1.7 * 30.5)));
+  expect_refusal([&] { model->get_k(31.5, 1, 0); },
+                 "transition 2: the rate A -> D is -?nan at a strain of 31.5 nm at time 0");
+}
+
 TEST(ModelScheme, BindingIsSharedAmongTheSitesInReach) {
   Spring spring(1.7);
   auto const factor = [&](std::string const& binding) {
