@@ -22,8 +22,8 @@ F1, G1, G2, H, K, SITES = 43.3, 10.0, 209.0, 15.6, 1.0, 201 / 80.4  # the last p
 SPEED, P0 = 1663.0, 201 / 80.4 * 43.3 / 53.3 * 15.6**2 / 2
 X = np.arange(0.2, 15.6, 0.4)  # strains of the crowns that face a site at rest
 SHORT = {
-    "sliding": {"seeds = 20": "seeds = 12", "[0.002, 0.001, 0.0005, 0.00025]": "[0.002, 0.001]"},
-    "scatter": {"seeds = 30": "seeds = 20", "[1, 3, 10]": "[1, 3]"},
+    "sliding": {"seeds = 20": "seeds = 10", "[0.002, 0.001, 0.0005, 0.00025]": "[0.002, 0.001]"},
+    "scatter": {"seeds = 30": "seeds = 12", "[1, 3, 10]": "[1, 3]"},
 }
 
 
