@@ -1,10 +1,11 @@
 """Work from ATP
 
 No cycle can do more work than its ATP gives: 24 kBT in the six-state model of `examples/vorn_calcium` (as far as its irreversible
-detachment has a free energy at all), 25 kBT in the nine-state model of `examples/nine_state`, whose constants multiply to exp(25) around the
-cycle; 96 and 100 pN nm at their kBT of 4 pN nm. (100 pN nm is also what one ATP is reckoned to give in muscle: C. J. Barclay, Compr.
-Physiol. 5, 2015, 961.) Work is force times speed; ATP is the net flux between two detached states, which have constant rates. The
-best efficiency of muscle is about 0.5 by that review, and 0.36 in skinned rabbit fibres (Z.-H. He and others, J. Physiol. 517, 1999, 839).
+detachment has a free energy at all), 25 kBT in the nine-state model of `examples/nine_state`, whose constants multiply to exp(25)
+around the cycle; 96 and 100 pN nm at their kBT of 4 pN nm. (100 pN nm is also what one ATP is reckoned to give in muscle: C. J.
+Barclay, Compr. Physiol. 5, 2015, 961.) Work is force times speed; ATP is the net flux between two detached states, which have
+constant rates. The best efficiency of muscle is about 0.5 by that review, and 0.36 in skinned rabbit fibres (He and others, J.
+Physiol. 517, 1999, 839).
 """
 
 import numpy as np

@@ -1,20 +1,25 @@
 """Published figures of muscle
 
-Nothing here has a closed form, but that T1 is straight: these are Duke's three states with the constants of `examples/duke_force_velocity`,
-`examples/duke_step_response` and, with rigid segments, `examples/force_pca`, beside what is published. "Outside" speaks about the
-model and its constants, and fails nothing. Figures marked (memory) are commonly quoted and were not looked up.
+Nothing here has a closed form, but that T1 is straight: these are Duke's three states with the constants of
+`examples/duke_force_velocity`, `examples/duke_step_response` and, with rigid segments, `examples/force_pca`, beside what is
+published. "Outside" speaks about the model and its constants, and fails nothing. Figures marked (memory) are commonly quoted and
+were not looked up.
 
-a/F0 is from A. V. Hill, Proc. R. Soc. B 126, 1938, 136 (frog, as quoted) and K. W. Ranatunga, J. Physiol. 329, 1982, 465 (rat soleus); y0, where T1
-meets 0, from L. E. Ford, A. F. Huxley and R. M. Simmons, J. Physiol. 269, 1977, 441 (4 nm) and A. F. Huxley and R. M. Simmons, Nature 233,
-1971, 533 (6 nm, memory); k_tr from K. Burton and others, J. Physiol. 2006 (rabbit psoas, 5 degrees, the slower of two exponentials) and N.
-Milani-Nejad and others, J. Gen. Physiol. 141, 2013, 133 (rat trabeculae, body temperature); its fall with calcium from C. Gilliver and others, Exp.
-Physiol. 96, 2011, 171 (rat soleus, pCa 5.6 against 4.5) and, tenfold, B. Brenner, Proc. Natl. Acad. Sci. USA 85, 1988, 3265 (memory).
+a/F0 is from A. V. Hill, Proc. R. Soc. B 126, 1938, 136 (frog, as quoted) and Ranatunga, J. Physiol. 329, 1982, 465 (rat soleus);
+y0, where T1 meets 0, from L. E. Ford, A. F. Huxley and R. M. Simmons, J. Physiol. 269, 1977, 441 (4 nm) and A. F. Huxley and R.
+M. Simmons, Nature 233, 1971, 533 (6 nm, memory); k_tr from Burton and others, J. Physiol. 2006 (rabbit psoas, 5 degrees, the
+slower of two exponentials) and Milani-Nejad and others, J. Gen. Physiol. 141, 2013, 133 (rat trabeculae, body temperature); its
+fall with calcium from Gilliver and others, Exp. Physiol. 96, 2011, 171 (rat soleus, pCa 5.6 against 4.5) and, tenfold, B.
+Brenner, Proc. Natl. Acad. Sci. USA 85, 1988, 3265 (memory).
 """
 
 import numpy as np
 from tavelo_tools import hill_hyperbola
 
-SHORT = {"length_steps": {"seeds = 5": "seeds = 3", "[-14, -12, -10, -8, -6, -5, -4, -3, -2, -1, 1, 2]": "[-14, -11, -8, -5, -3, -1]", "= 5\n[w": "= 2\n[w"}}
+SHORT = {
+    "length_steps": {"seeds = 5": "seeds = 3", "= 5\n[w": "= 2\n[w",
+                     "[-14, -12, -10, -8, -6, -5, -4, -3, -2, -1, 1, 2]": "[-14, -11, -8, -5, -3, -1]"},
+}  # fmt: skip
 
 
 def checks(studies, check):

@@ -1,17 +1,17 @@
 """Regulation of the thin filament
 
-*Rigid segments* under calcium, without heads. Around each square of the scheme the constants balance here, so the stationary solution
-is a product: with q = K_Ca Ca a segment with c ions is blocked, closed and open as 1 : K_TnB,c : K_TnB,c K_TnT,c times q^c. Steps of
-fixed length have the same stationary solution, whatever their length.
+*Rigid segments* under calcium, without heads. Around each square of the scheme the constants balance here, so the stationary
+solution is a product: with q = K_Ca Ca a segment with c ions is blocked, closed and open as 1 : K_TnB,c : K_TnB,c K_TnT,c times
+q^c. Steps of fixed length have the same stationary solution, whatever their length.
 
-*Flexible chain.* Without calcium all troponins pin their chain at phi_minus. Between two of them, S apart, symmetry makes the slopes 0
-at both pins, and the beam y'''' + 4 xi^4 y = 0 has the shape
+*Flexible chain.* Without calcium all troponins pin their chain at phi_minus. Between two of them, S apart, symmetry makes the
+slopes 0 at both pins, and the beam y'''' + 4 xi^4 y = 0 has the shape
 
     y(z) = A cosh(xi z) cos(xi z) + B sinh(xi z) sin(xi z), z from the middle, with y(+-S/2) = phi_minus, y'(+-S/2) = 0.
 
-The program solves it on the mesh of the sites; with sites two and four times as close it must approach the beam with the square of
-the distance. Neighbours act on each other through this chain only: rigid segments don't, so there is no chain of segments with a
-constant coupling to compare with (27 of them, in a row with a coupling of 10, would have a Hill coefficient of 2.91).
+The program solves it on the mesh of the sites; with sites two and four times as close it must approach the beam with the square
+of the distance. Neighbours act on each other through this chain only: rigid segments don't, so there is no chain of segments with
+a constant coupling to compare with (27 of them, in a row with a coupling of 10, would have a Hill coefficient of 2.91).
 """
 
 import numpy as np
