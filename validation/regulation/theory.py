@@ -19,7 +19,10 @@ import numpy as np
 CLOSED, OPEN = (0.02, 0.4, 8.0), (0.3, 0.3, 0.3)  # K_TnB and K_TnT with 0, 1, 2 ions
 K_CA, XI, PHI, SPAN = 2.0e5, 3.0e7, -0.6, 14 * 5.5e-9
 SETTLED = 0.2  # s
-SHORT = {"rigid": {"[0, 2e-7, 5e-7, 1e-6, 2e-6, 5e-6, 2e-5]": "[0, 1e-6, 2e-5]", "1.2 0.0001": "0.45 0.0001"}, "flexible": {}}
+SHORT = {
+    "rigid": {"seeds = 12": "seeds = 8", "[0, 2e-7, 5e-7, 1e-6, 2e-6, 5e-6, 2e-5]": "[0, 1e-6, 2e-5]", "1.2 0.0001": "0.45 0.0001"},
+    "flexible": {},
+}
 
 
 def shares(calcium):

@@ -30,8 +30,8 @@ SHORT = {
 def in_steps(step):
     """Force per filament of heads that act in steps, the mean over the places at which steps meet sites."""
     shift, force = SPEED * step, 0.0
-    phases = np.linspace(0, 1, 400, endpoint=False)
-    x, n, let_go = H - shift * phases, np.zeros(400), np.zeros(400)
+    phases = (np.arange(1000) + 0.5) / 1000
+    x, n, let_go = H - shift * phases, np.zeros(1000), np.zeros(1000)
     while x.max() > -75:
         p = np.where((x > 0) & (x < H), F1 / 3 * x / H * step, 0.0)  # of each of three heads
         g = np.where(x < 0, G2, G1 * x / H) * step
@@ -39,7 +39,7 @@ def in_steps(step):
         # A head that has let go frees its site at its own turn: for itself and those behind it.
         bound = n * (1 - g) + (1 - n - let_go) * three + let_go * (p + two + three) / 3
         let_go, n, x = n * g, bound, x - shift
-        force += np.sum(n * K * x) * shift / 400
+        force += np.sum(n * K * x) * shift / 1000
     return force * SITES
 
 
