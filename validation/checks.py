@@ -25,6 +25,7 @@ class Check:
     error: float
     allowed: float | None
     note: str = ""
+    is_limit: bool = False  # what is below it doesn't deviate
 
     @property
     def verdict(self) -> str:
@@ -35,7 +36,9 @@ class Check:
     @property
     def in_errors(self) -> float:
         """Deviation in standard errors."""
-        return self.deviation / self.error if self.deviation is not None and self.error > 0 else math.nan
+        if self.deviation is None or self.is_limit or not self.error > 0:
+            return math.nan
+        return self.deviation / self.error
 
 
 @dataclass
@@ -64,7 +67,7 @@ class Checks:
         error = float(taken.std(ddof=1) / math.sqrt(len(taken)))
         beyond = max(0.0, float(taken.mean()) - limit)
         allowed = error * student.isf(ONCE_IN, len(taken) - 1)
-        self.found.append(Check(what, f"at most {limit:.4g}", float(taken.mean()), beyond, error, allowed))
+        self.found.append(Check(what, f"at most {limit:.4g}", float(taken.mean()), beyond, error, allowed, is_limit=True))
 
     def published(self, what: str, low: float, high: float, found: float, error: float, source: str) -> None:
         """A published range. The model, not the program, answers for what lies outside, so nothing fails."""

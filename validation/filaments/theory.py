@@ -5,8 +5,8 @@ Every element is linear, so figures must agree but for their printing and the me
 *Chain.* n equal forces f, one at each end of n elements of stiffness k, move the free end by n (n + 1) f/2k. Here soft heads pull
 the crowns of a thick and the sites of a thin filament.
 
-*Half-sarcomere.* Heads of the stiffness K per length, all bound along the overlap L, between filaments of the compliances c_m and c_a
-per length: u'' of each filament is the heads' force, whence with S = c_a + c_m and mu = sqrt(K S)
+*Half-sarcomere.* Heads of the stiffness K per length, all bound along the overlap L, between filaments of the compliances c_m and
+c_a per length: u'' of each filament is the heads' force, whence with S = c_a + c_m and mu = sqrt(K S)
 
     compliance = c_a c_m L/S + ((c_a^2 + c_m^2) cosh(mu L) + 2 c_a c_m)/(mu S sinh(mu L))
 

@@ -1,15 +1,15 @@
 """Force over the length of the sarcomere
 
 Tetani of `examples/isometric` with thin filaments that begin at different distances from the middle. Force and bound heads should
-follow the crowns that have sites in reach: all 50 as long as the thin filaments begin before the first crown (125 nm), then one less
-for each 14.3 nm, and none behind the last (826 nm and a reach of 8 nm). A head binds sites ahead of it, so at the edge its share of
-force falls as 1 - d^2/8^2 with the distance d to the first site. The steps of sites and crowns against each other leave some
-hundredths of a crown's share that this doesn't know.
+follow the crowns that have sites in reach: all 50 as long as the thin filaments begin before the first crown (125 nm), then one
+less for each 14.3 nm, and none behind the last (826 nm and a reach of 8 nm). A head binds sites ahead of it, so at the edge its
+share of force falls as 1 - d^2/8^2 with the distance d to the first site. The steps of sites and crowns against each other leave
+some hundredths of a crown's share that this doesn't know.
 
-Drawn beside it: frog fibres (A. M. Gordon, A. F. Huxley and F. J. Julian, J. Physiol. 184, 1966, 170), plateau 2.05 to 2.20 um as in the
-abstract; the other corners, 1.27, 1.67 and 3.65 um, are those commonly quoted for their figure 12, from memory. Here thin filaments are
-1.05 um long, not 0.95, so that plateau and end lie further out. There is no ascending limb: thin filaments that meet, or
-thick ones that meet the Z-disc, aren't modelled.
+Drawn beside it: frog fibres (A. M. Gordon, A. F. Huxley and F. J. Julian, J. Physiol. 184, 1966, 170), plateau 2.05 to 2.20 um as
+in the abstract; the other corners, 1.27, 1.67 and 3.65 um, are those commonly quoted for their figure 12, from memory. Here thin
+filaments are 1.05 um long, not 0.95, so that plateau and end lie further out. There is no ascending limb: thin filaments that
+meet, or thick ones that meet the Z-disc, aren't modelled.
 """
 
 import numpy as np
@@ -17,7 +17,7 @@ import numpy as np
 CROWNS = 125.0 + 14.3 * np.arange(50)
 H, THIN = 8.0, 1050.0
 FROG = ((1.27, 0.0), (1.67, 0.84), (2.05, 1.0), (2.20, 1.0), (3.65, 0.0))  # um, relative force
-SHORT = {"plan": {"[0, 50, 100, 200, 300, 400, 500, 600, 700, 800, 860]": "[0, 400, 860]"}}
+SHORT = {"plan": {"[0, 50, 100, 200, 300, 400, 500, 600, 700, 800, 860]": "[0, 400, 860]", "filaments\" = 4": "filaments\" = 2"}}
 
 
 def share(offset):

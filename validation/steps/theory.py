@@ -1,19 +1,19 @@
 """Time steps and numbers of filaments
 
-A step is of first order in its length: probabilities are rate times step, heads act on the positions of the step before, and a head that
-lets go keeps its site for one step.
+A step is of first order in its length: probabilities are rate times step, heads act on the positions of the step before, and a
+head that lets go keeps its site for one step.
 
-*Sliding.* Huxley's muscle of the first part at its unloaded speed, where the closed form has no force, in steps of 2 to 0.25 ms. The mean of
-what the program does in its steps can be worked out site by site, with its steps, and is a second theory. The line through the
-forces over the step must meet the closed form at 0.
+*Sliding.* Huxley's muscle of the first part at its unloaded speed, where the closed form has no force, in steps of 2 to 0.25 ms.
+The mean of what the program does in its steps can be worked out site by site, with its steps, and is a second theory. The line
+through the forces over the step must meet the closed form at 0.
 
-*Scatter.* N filaments that don't feel each other: the variance of force per filament is that of independent sites, the sum of
-K^2 x^2 n (1 - n), over N.
+*Scatter.* N filaments that don't feel each other: the variance of force per filament is that of independent sites, the sum of K^2
+x^2 n (1 - n), over N.
 
-*Examples.* The isometric force of each shipped example at 2, 1, 1/2 and 1/4 of the step that it begins with, three filaments, eight seeds,
-the means from 0.1 to 0.2 s, regulation at its highest level: the share by which one step length changes force, from a line through
-each seed's four forces. The step for 1 % is that step times 1 %/|share|; where the share can't be told from 0 (two standard
-errors) it is at least that of the share's far end. Later phases of some examples have shorter steps of their own.
+*Examples.* The isometric force of each shipped example at 2, 1, 1/2 and 1/4 of the step that it begins with, three filaments,
+eight seeds, the means from 0.1 to 0.2 s, regulation at its highest level: the share by which one step length changes force, from
+a line through each seed's four forces. The step for 1 % is that step times 1 %/|share|; where the share can't be told from 0 (two
+standard errors) it is at least that of the share's far end. Later phases of some examples have shorter steps of their own.
 """
 
 import numpy as np
@@ -22,16 +22,16 @@ F1, G1, G2, H, K, SITES = 43.3, 10.0, 209.0, 15.6, 1.0, 201 / 80.4  # the last p
 SPEED, P0 = 1663.0, 201 / 80.4 * 43.3 / 53.3 * 15.6**2 / 2
 X = np.arange(0.2, 15.6, 0.4)  # strains of the crowns that face a site at rest
 SHORT = {
-    "sliding": {"seeds = 20": "seeds = 12", "[0.002, 0.001, 0.0005, 0.00025]": "[0.002, 0.001]"},
-    "scatter": {"seeds = 30": "seeds = 20", "[1, 3, 10]": "[1, 3]"},
+    "sliding": {"seeds = 20": "seeds = 10", "[0.002, 0.001, 0.0005, 0.00025]": "[0.002, 0.001]"},
+    "scatter": {"seeds = 30": "seeds = 12", "[1, 3, 10]": "[1, 3]"},
 }
 
 
 def in_steps(step):
     """Force per filament of heads that act in steps, the mean over the places at which steps meet sites."""
     shift, force = SPEED * step, 0.0
-    phases = np.linspace(0, 1, 400, endpoint=False)
-    x, n, let_go = H - shift * phases, np.zeros(400), np.zeros(400)
+    phases = (np.arange(1000) + 0.5) / 1000
+    x, n, let_go = H - shift * phases, np.zeros(1000), np.zeros(1000)
     while x.max() > -75:
         p = np.where((x > 0) & (x < H), F1 / 3 * x / H * step, 0.0)  # of each of three heads
         g = np.where(x < 0, G2, G1 * x / H) * step
@@ -39,7 +39,7 @@ def in_steps(step):
         # A head that has let go frees its site at its own turn: for itself and those behind it.
         bound = n * (1 - g) + (1 - n - let_go) * three + let_go * (p + two + three) / 3
         let_go, n, x = n * g, bound, x - shift
-        force += np.sum(n * K * x) * shift / 400
+        force += np.sum(n * K * x) * shift / 1000
     return force * SITES
 
 
@@ -106,7 +106,8 @@ def draw(figure, studies, check):
     scatter.set(xlabel="filaments", ylabel="SD of force [pN]")
     for place, (name, study) in enumerate(reversed(examples(studies).items())):
         shares = 100 * change_per_step(study.table())
-        shipped.errorbar(shares.mean(), place, xerr=2 * shares.std(ddof=1) / np.sqrt(len(shares)), fmt="o", ms=4, color="C0", capsize=2)
+        error = 2 * shares.std(ddof=1) / np.sqrt(len(shares))
+        shipped.errorbar(shares.mean(), place, xerr=error, fmt="o", ms=4, color="C0", capsize=2)
     shipped.set_yticks(range(len(examples(studies))), list(reversed(examples(studies))), fontsize=7)
     shipped.axvline(0, color="0.5", lw=0.8)
     shipped.set(xlabel="change of force by one step [%], 2 errors")
