@@ -86,7 +86,9 @@ void read_table(std::string const& text) {
 
 void read_times(std::string const& text) {
   write("WritingDistributionSteps.dat", text);
+  write("WritingLatticeSteps.dat", text);
   read_writing_times();
+  read_lattice_times();
 }
 
 std::map<std::string, void (*)(std::string const&)> const readers = {
