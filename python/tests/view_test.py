@@ -1,12 +1,16 @@
 """Would catch a scene that is empty or shows heads, sites or bonds elsewhere than the program has them, a mode, brush,
 slider or pick that changes nothing or the wrong thing, and files for ParaView with other values."""
 
+import base64
+import io
 import os
 import shutil
 import subprocess
+import zipfile
 from pathlib import Path
 
 import browser
+import matplotlib.image
 import numpy as np
 import pandas as pd
 import pytest
@@ -82,6 +86,9 @@ const wanted = all.filter(bond => tavelo.bondEnd(drawn.shown, bond)[1] < 28
 const at = new THREE.Vector3(...result.ends[wanted]).project(scene.camera), {clientWidth, clientHeight} = scene.renderer.domElement;
 result.picked = tavelo.pick((at.x + 1) / 2 * clientWidth, (1 - at.y) / 2 * clientHeight);
 result.wanted = wanted;
+const png = await tavelo.picture(scene, 900);
+const archive = new Uint8Array(await tavelo.zip([["frame-0.png", png], ["second", png.slice(0, 9)]]).arrayBuffer());
+result.archive = btoa(archive.reduce((text, byte) => text + String.fromCharCode(byte), ""));
 await tavelo.show(0);
 result.first = [drawn.shown.time, drawn.shown.bonds.length, document.getElementById("time").textContent];
 return result;
@@ -160,6 +167,10 @@ def test_the_page_shows_what_the_run_has(run_directory: Path) -> None:
     assert seen["lit"] == lit and seen["brushed"] == f"{lit} of {len(bonds)} bonds with 2 to 4 nm"
     first = int((own["time"] == 0.015).sum())
     assert seen["first"] == [0.015, first, "0.015 s"]
+    with zipfile.ZipFile(io.BytesIO(base64.b64decode(seen["archive"]))) as archive:
+        assert archive.testzip() is None and archive.namelist() == ["frame-0.png", "second"]
+        picture = matplotlib.image.imread(archive.open("frame-0.png"), format="png")
+    assert picture.shape[1:] == (900, 4) and picture[0, 0, 3] == 0 and picture[:, :, 3].max() == 1
     facts, bond = dict(seen["picked"]), own[own["time"] == 0.03].iloc[seen["wanted"]]
     assert facts["force"] == f"{bond['force']:.2f} pN" and facts["energy"] == f"{bond['energy']:.2f} pN nm"
     site = f"site {bond['site']:.0f} of thin filament {bond['fibre']:.0f}"
