@@ -4,7 +4,9 @@
     python/tests/browser.py PAGE.html [FOLDER]    writes desktop.png, phone.png ... into FOLDER
 """
 
+import base64
 import json
+import os
 import re
 import shutil
 import subprocess
@@ -97,6 +99,93 @@ def view(page: Path, size: tuple[int, int], scheme: str = LIGHT) -> View:
         raise RuntimeError(f"the browser showed nothing of {page}: {log[-500:]}")
     console = [line for line in log.splitlines() if ":CONSOLE" in line]
     return View(console, **json.loads(unescape(measured[1])))
+
+
+# Three dimensions without a graphics card.
+WEBGL = ("--use-gl=angle", "--use-angle=swiftshader", "--enable-unsafe-swiftshader", "--ignore-gpu-blocklist")
+
+
+class Tab:
+    """A page that scripts can drive, through the browser's debugging pipe."""
+
+    def __init__(self, page: Path, size: tuple[int, int] = DESKTOP) -> None:
+        self.console: list[str] = []
+        self._sent = 0
+        self._profile = tempfile.TemporaryDirectory(prefix="browser-", ignore_cleanup_errors=True)
+        to_read, self._to_browser = os.pipe()
+        self._from_browser, to_write = os.pipe()
+        command = [browser(), "--headless", "--no-sandbox", "--hide-scrollbars", "--remote-debugging-pipe", LIGHT, *WEBGL]
+        command += [f"--user-data-dir={self._profile.name}", f"--window-size={size[0]},{size[1]}"]
+        command += ["--host-resolver-rules=MAP * ~NOTFOUND", "about:blank"]
+        self._process = subprocess.Popen(  # it reads from file 3 and writes to file 4
+            ["bash", "-c", f'exec "$@" 3<&{to_read} 4>&{to_write}', "bash", *command],
+            pass_fds=(to_read, to_write),
+            stderr=subprocess.DEVNULL,
+        )
+        os.close(to_read)
+        os.close(to_write)
+        self._input = os.fdopen(self._from_browser, "rb")
+        self._session: str | None = None
+        targets = self.ask("Target.getTargets")["targetInfos"]
+        target = next(target["targetId"] for target in targets if target["type"] == "page")
+        self._session = self.ask("Target.attachToTarget", targetId=target, flatten=True)["sessionId"]
+        for domain in ("Runtime", "Log", "Page"):
+            self.ask(f"{domain}.enable")
+        self.ask("Page.navigate", url=page.resolve().as_uri())
+
+    def ask(self, method: str, **parameters: object) -> dict:
+        """What the browser answers to a call of its protocol."""
+        self._sent += 1
+        message = {"id": self._sent, "method": method, "params": parameters}
+        if self._session:
+            message["sessionId"] = self._session
+        os.write(self._to_browser, json.dumps(message).encode() + b"\0")
+        while True:
+            answer = self._next()
+            if answer.get("id") == self._sent:
+                if "error" in answer:
+                    raise RuntimeError(f"{method}: {answer['error']['message']}")
+                return answer["result"]
+
+    def _next(self) -> dict:
+        """The next message; what it tells of the console is kept."""
+        data = b""
+        while not data.endswith(b"\0"):
+            byte = self._input.read(1)
+            if not byte:
+                raise RuntimeError("the browser has ended")
+            data += byte
+        message = json.loads(data[:-1])
+        # That a script looks at pixels, which is slow, is no fault.
+        if message.get("method") in TOLD and "ReadPixels" not in str(message["params"]):
+            self.console.append(str(message["params"]))
+        return message
+
+    def evaluate(self, script: str) -> object:
+        """What a script returns, the body of an asynchronous function; it waits until the page is there."""
+        page = 'document.readyState === "complete" || await new Promise(done => addEventListener("load", done));'
+        result = self.ask(
+            "Runtime.evaluate", expression=f"(async () => {{ {page} {script} }})()", awaitPromise=True, returnByValue=True
+        )
+        if "exceptionDetails" in result:
+            raise RuntimeError(str(result["exceptionDetails"].get("exception", {}).get("description")))
+        return result["result"].get("value")
+
+    def picture(self) -> bytes:
+        return base64.b64decode(self.ask("Page.captureScreenshot")["data"])
+
+    def __enter__(self) -> "Tab":
+        return self
+
+    def __exit__(self, *_: object) -> None:
+        self._process.kill()
+        self._process.wait()
+        os.close(self._to_browser)
+        self._input.close()
+        self._profile.cleanup()
+
+
+TOLD = ("Runtime.consoleAPICalled", "Runtime.exceptionThrown", "Log.entryAdded")
 
 
 def screenshot(page: Path, size: tuple[int, int], picture: Path, scheme: str = LIGHT) -> None:
