@@ -26,8 +26,8 @@ KT, STEP = 4.0, 1e-4  # pN nm, s
 BOUND = {"Huxley": {1}, "Duke": {1, 2}, "Rombel": {1, 2}, "Vorn": {1, 2, 3}, "BrekAtpaseFiber": {1, 2, 3, 4, 5, 6},
          "Tolen9": {4, 5, 6, 7}}  # fmt: skip
 SHORT = {
-    "plan": {"seeds = 20": "seeds = 6", "\\n1.2 0.0001": "\\n0.35 0.0001"},
-    "balance": {"seeds = 20": "seeds = 6", "\\n1.2 0.0001": "\\n0.35 0.0001", "[0, 0, 3, 0, 1]": "[0, 0]",
+    "plan": {"seeds = 20": "seeds = 6", "\\n1.2 0.0001": "\\n0.25 0.0001"},
+    "balance": {"seeds = 20": "seeds = 6", "\\n1.2 0.0001": "\\n0.25 0.0001", "[0, 0, 3, 0, 1]": "[0, 0]",
                 "[4.0, 6.0, 6.0, 0.3, 0.3]": "[6.0, 0.3]",
                 '"Rombel", "Rombel", "Rombel", "BrekAtpaseFiber", "BrekAtpaseFiber"': '"Rombel", "BrekAtpaseFiber"'},
 }  # fmt: skip

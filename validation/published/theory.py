@@ -72,5 +72,7 @@ def draw(figure, studies, check):
     steps.set(xlabel="step [nm], shaded where fibres meet 0", ylabel="relative to T0")
     redevelopment.set(xlabel="force redeveloped [pN]", ylabel="k_tr [1/s]", ylim=(0, None))
     steps.legend()
+    for axes, plan in ((hill, "force_velocity"), (redevelopment, "ktr")):
+        axes.set_visible(plan in studies)
     if "force_velocity" in studies:
         hill.legend()

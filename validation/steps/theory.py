@@ -109,6 +109,7 @@ def draw(figure, studies, check):
         error = 2 * shares.std(ddof=1) / np.sqrt(len(shares))
         shipped.errorbar(shares.mean(), place, xerr=error, fmt="o", ms=4, color="C0", capsize=2)
     shipped.set_yticks(range(len(examples(studies))), list(reversed(examples(studies))), fontsize=7)
+    shipped.set_visible(bool(examples(studies)))
     shipped.axvline(0, color="0.5", lw=0.8)
     shipped.set(xlabel="change of force by one step [%], 2 errors")
     for axes in (sliding, scatter):
