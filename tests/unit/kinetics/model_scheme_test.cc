@@ -86,6 +86,18 @@ TEST(ModelScheme, RatesFollowFormulasAndBalance) {
   }
 }
 
+TEST(ModelScheme, FormulasAreEvaluatedInTheOrderOfCpp) {
+  Spring spring(1.7);
+  SchemeVariables v;
+  Constants const constants = {{"k", 0.7}};
+  Formula const formula({"x / 3 + 7 * k * 3 - -x^2 / k + 2 * (x + 0.1) * 0.1 + ln(x)", "here"},
+                        constants, v, {"x"}, spring);
+  for (v.x = 0.1; v.x < 9.0; v.x += 0.173) {
+    double const x = v.x, k = 0.7;
+    EXPECT_EQ(formula(), x / 3 + 7 * k * 3 - -(x * x) / k + 2 * (x + 0.1) * 0.1 + std::log(x));
+  }
+}
+
 TEST(ModelScheme, SitesActWhereTheFileSaysSo) {
   Spring spring(1.7);
   auto const model = make_model("Scheme", spring, cycle("balance"));
