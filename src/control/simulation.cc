@@ -109,7 +109,8 @@ void Simulation::create_models() {
   parameter.xb_model = create_passive_law("ConstantStiffness", "proteinC_");
   model_proteinC =
       create_component<Model>(parameters.modelMyBPC, parameter, simulation_file, "modelMyBPC");
-  for (auto const& model : {model_fast.get(), model_slow.get()}) require_finite_rates(*model);
+  // One warning will do where both kinds of heads have it.
+  if (!warn_of_infinite_rate(*model_fast)) warn_of_infinite_rate(*model_slow);
 }
 
 // Time loop

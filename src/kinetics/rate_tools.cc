@@ -46,6 +46,11 @@ double bound_half_width(std::function<double(double)> const& rate,
   return 0.5 * (sum * sweep_step / (0.5 * p0));
 }
 
+std::string name_of_rate(double x, unsigned from, unsigned to) {
+  return "rate of state " + std::to_string(from) + " to " + std::to_string(to) + " at strain " +
+         shown(x) + " nm";
+}
+
 /// Whether some state stretches the spring so far that Boltzmann factors leave the range of a
 /// double.
 bool is_too_stiff(Model const& model, double x) {
@@ -60,8 +65,7 @@ bool is_too_stiff(Model const& model, double x) {
 }  // namespace
 
 void refuse_rate(double rate, Model const& model, double x, unsigned from, unsigned to) {
-  std::string const which = "rate of state " + std::to_string(from) + " to " + std::to_string(to) +
-                            " at strain " + shown(x) + " nm" + (t_timeStep > 0 ? at_step() : "");
+  std::string const which = name_of_rate(x, from, to) + (t_timeStep > 0 ? at_step() : "");
   if (!model.xb_model || !is_too_stiff(model, x)) {
     refuse(model.file_name, "the " + which, shown(rate), "a finite number");
   }
@@ -69,17 +73,24 @@ void refuse_rate(double rate, Model const& model, double x, unsigned from, unsig
          "one with which the " + which + ", now " + shown(rate) + ", is finite");
 }
 
-void require_finite_rates(Model const& model) {
+bool warn_of_infinite_rate(Model const& model) {
   for (int i = -100; i <= 100; ++i) {
     double const x = 0.1 * i;
     for (unsigned from = 0; from < model.n_states(); ++from) {
       for (unsigned to = 0; to < model.n_states(); ++to) {
         bool const is_strained = model.attached[from] || model.attached[to];
         if (!is_strained || !model.transitions[from][to]) continue;
-        require_finite(model.get_k(x, from, to), model, x, from, to);
+        double const rate = model.get_k(x, from, to);
+        if (is_finite_rate(rate)) continue;
+        bool const is_stiff = model.xb_model && is_too_stiff(model, x);
+        warn((is_stiff ? model.xb_model->file_name : model.file_name) + ": the " +
+             name_of_rate(x, from, to) + " is " + shown(rate) +
+             "; a head that has it ends the run");
+        return true;
       }
     }
   }
+  return false;
 }
 
 double saturating_binding(double c, double eta, double e) {

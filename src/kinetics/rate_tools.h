@@ -107,15 +107,19 @@ void set_transitions(std::array<std::array<unsigned, n>, n> const& rate_type,
 [[noreturn]] void refuse_rate(double rate, Model const& model, double x, unsigned from,
                               unsigned to);
 
-/// The rate, unless it is not a number or infinite; what is below 0 counts as no rate.
+/// What is below 0 counts as no rate.
+inline bool is_finite_rate(double rate) { return rate <= std::numeric_limits<double>::max(); }
+
+/// The rate, unless it is not a number or infinite.
 inline double require_finite(double rate, Model const& model, double x, unsigned from,
                              unsigned to) {
-  if (!(rate <= std::numeric_limits<double>::max())) refuse_rate(rate, model, x, from, to);
+  if (!is_finite_rate(rate)) refuse_rate(rate, model, x, from, to);
   return rate;
 }
 
-/// The same for all rates of bound heads, and of heads that bind, at strains up to 10 nm in size.
-void require_finite_rates(Model const& model);
+/// Warns, before a run, of the first rate of bound heads, or of heads that bind, that isn't finite
+/// at a strain of up to 10 nm in size; returns whether there is one. Heads may never come there.
+bool warn_of_infinite_rate(Model const& model);
 
 /// Lists the constants of a Duke-like cycle under `heading`: k_adp, D, kBT, dGStroke, c_1, c_2,
 /// c_3, c_4, k_12, k_21_cap, delta, eta.

@@ -20,7 +20,7 @@ import numpy as np
 
 EA_THICK, EA_THIN, DX, LENGTH = 3.52e3 * 50.0, 1.27e3 * 50.4, 14.3, 50 * 14.3
 TITIN, LAST_CROWN = 0.5, 125.0 + 49 * 14.3
-SEE, HEAD = 1e5, 170.0  # pN/nm; of the element in the first two parts, of a head in the second
+SEE, HEAD = 1e5, 50.0  # pN/nm; of the element in the first two parts, of a head in the second
 PRINTED = 1e-5  # six digits
 SHORT = {"chain": {}, "half_sarcomere": {}, "titin": {}}
 
