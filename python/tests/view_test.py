@@ -80,7 +80,7 @@ tavelo.look("side");
 tavelo.zoom(0.1);
 scene.draw();
 const near = scene.controls.target.x - 30;
-const wanted = all.filter(bond => tavelo.bondEnd(drawn.shown, bond)[1] < 28
+const wanted = all.filter(bond => tavelo.bondEnd(drawn.shown, bond)[1] < 5
   && drawn.shown.bonds.head[bond] < tavelo.counts.heads)
   .sort((a, b) => Math.abs(result.ends[a][0] - near) - Math.abs(result.ends[b][0] - near))[0];
 const at = new THREE.Vector3(...result.ends[wanted]).project(scene.camera), {clientWidth, clientHeight} = scene.renderer.domElement;
@@ -154,11 +154,12 @@ def test_the_page_shows_what_the_run_has(run_directory: Path) -> None:
         assert same(ends[:, 1:] - axes.transform("mean").to_numpy(), bonds[["y", "z"]])
     else:  # 7 nm from one axis, 3.5 nm from one 30 nm away
         assert np.hypot(*(ends - feet)[:, 1:].T).min() > 30 - 7 - 3.5 - 0.01
-    # Bound states by their colours, where Tolen's detached heads don't have these, too; heads, thick filament, sites.
+    # Heads, bound in either state and detached, by colours that Tolen's detached heads have, too; thick filaments, sites.
     in_sight = set(bonds["state"].loc[seen["inSight"]].dropna())
     if run_directory.name != "tolen_lattice":
         assert [count > 10 for count in seen["endOn"][:2]] == [state in in_sight for state in (1, 2)]
-    assert min(seen["endOn"][2:]) > 50 and min(seen["sideOn"]) > 50
+        assert min(seen["endOn"][2], seen["sideOn"][0]) > 50
+    assert min(seen["endOn"][3:] + seen["sideOn"][1:]) > 50
     assert seen["sites"][0] > 200 > seen["sites"][1] and seen["strain"][0] < seen["sites"][0] / 2
     own = read_run(run_directory)["lattice_bonds"]
     strain = own[own["time"] == 0.03]["strain_with_lever"].to_numpy()

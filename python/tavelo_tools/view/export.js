@@ -53,7 +53,7 @@ function zip(files) {
   for (const [name, bytes] of files) {
     const letters = new TextEncoder().encode(name);
     // Version 2.0, no flags, kept; 1 January 1980.
-    const common = [20, 0, 0, 0, 0, 0, 0, 33, 0, ...word(crc32(bytes)), ...word(bytes.length), ...word(bytes.length),
+    const common = [20, 0, 0, 0, 0, 0, 0, 0, 33, 0, ...word(crc32(bytes)), ...word(bytes.length), ...word(bytes.length),
                     letters.length, 0, 0, 0];
     const head = Uint8Array.from([0x50, 0x4b, 3, 4, ...common, ...letters]);
     directory.push(Uint8Array.from([0x50, 0x4b, 1, 2, 20, 0, ...common, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, ...word(at), ...letters]));

@@ -188,7 +188,7 @@ def _images(filaments: pd.DataFrame, notes: list[str]) -> list[Image]:
             "This lattice has no angles and no distances: each head is drawn turned to the thin filament, at the "
             "distances of the vertebrate lattice."
         )
-        return [Image(1, 0.0, DISTANCE, 0.0)]
+        return [Image(1, np.pi / 2, 0.0, DISTANCE)]
     if "distance" not in one:
         notes.append("This lattice has no distances: those of the vertebrate lattice are drawn.")
     distances = one["distance"] if "distance" in one else pd.Series(DISTANCE, one.index)
@@ -209,7 +209,7 @@ def _lattice_vectors(images: list[Image]) -> tuple[np.ndarray, np.ndarray]:
     ]
     if not steps:
         d = np.sqrt(3.0) * DISTANCE
-        return np.array([d * np.cos(np.pi / 6), d * np.sin(np.pi / 6)]), np.array([0.0, d])
+        return np.array([d, 0.0]), np.array([d / 2, d * np.sin(np.pi / 3)])
     first = steps[0]
     crossing = [abs(first[0] * step[1] - first[1] * step[0]) for step in steps]
     return first, steps[int(np.argmax(crossing))]
@@ -267,7 +267,7 @@ def _head_azimuths(heads: pd.DataFrame) -> np.ndarray:
         return heads["azimuth"].to_numpy()
     # Beside each other, so that they can be told apart.
     in_crown = heads.groupby("crown").cumcount().to_numpy()
-    return (in_crown - in_crown.max() / 2) * 0.6
+    return np.pi / 2 + (in_crown - in_crown.max() / 2) * 0.6
 
 
 def _site_azimuths(sites: pd.DataFrame) -> np.ndarray:
@@ -275,7 +275,7 @@ def _site_azimuths(sites: pd.DataFrame) -> np.ndarray:
     full = range(int(by_site.index.max()) + 1)
     if "azimuth" in by_site:
         return by_site["azimuth"].reindex(full).to_numpy()
-    return np.pi + np.where(np.arange(len(full)) % 2 == 0, -0.5, 0.5)
+    return -np.pi / 2 + np.where(np.arange(len(full)) % 2 == 0, -0.5, 0.5)
 
 
 # Snapshots
