@@ -5,7 +5,6 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
-#include <optional>
 #include <sstream>
 
 #include "base/diagnostics.h"
@@ -27,13 +26,6 @@ bool holds_numbers(std::string const& line) {
   return count > 0 && words.eof();
 }
 
-/// The text of a file of times; nothing where there is none.
-std::optional<std::string> read_times_of(char const* name) {
-  auto text = read_input(name);
-  if (!text && errno != ENOENT) stop(std::string(name) + ": can't be read: " + std::strerror(errno));
-  return text;
-}
-
 double time_of(std::string const& word, int line) {
   std::istringstream stream(word);
   double time;
@@ -46,8 +38,12 @@ double time_of(std::string const& word, int line) {
 
 std::vector<double> read_writing_times() {
   std::vector<double> times;
-  auto const text = read_times_of(writing_times_name);
+  auto const text = read_input(writing_times_name);
   if (!text) {
+    if (errno != ENOENT) {
+      warn(std::string(writing_times_name) + ": can't be read: " + std::strerror(errno) +
+           "; no snapshots are written");
+    }
     std::printf("No file: %s : NO DISTRIBUTIONS TO WRITE\n", writing_times_name);
     return times;
   }
@@ -68,8 +64,9 @@ std::vector<double> read_writing_times() {
 
 std::vector<double> read_lattice_times() {
   std::vector<double> times;
-  auto const text = read_times_of(lattice_times_name);
-  if (!text) return times;
+  auto const text = read_input(lattice_times_name);
+  if (!text && errno == ENOENT) return times;
+  if (!text) stop(std::string(lattice_times_name) + ": can't be read: " + std::strerror(errno));
   std::istringstream file(*text);
   std::string line;
   std::getline(file, line);
