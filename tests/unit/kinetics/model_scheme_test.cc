@@ -44,7 +44,7 @@ reverse_site = ["open", "off"]
 [[transition]]
 from = "A"
 to = "B"
-rate = 300
+rate = "300 + F"
 reverse = "balance"
 [[transition]]
 from = "B"
@@ -74,8 +74,9 @@ TEST(ModelScheme, RatesFollowFormulasAndBalance) {
       double const G_A = energy(x) - 12, G_B = energy(x + 9) - 60;
       expect(0, 1, binding);
       expect(1, 0, binding * std::exp(G_A / 4));
-      expect(1, 2, 300);
-      expect(2, 1, 300 * std::exp((G_B - G_A) / 4));
+      double const stroke = 300 + 1.7 * x;
+      expect(1, 2, stroke);
+      expect(2, 1, stroke * std::exp((G_B - G_A) / 4));
       expect(2, 0, detachment);
       expect(0, 2, detachment * std::exp((-96 - G_B) / 4));
     }
@@ -173,16 +174,25 @@ TEST(ModelScheme, BindingIsSharedAmongTheSitesInReach) {
   EXPECT_NEAR(factor("{ constant = \"h\", range = [0, \"h\"] }"), 1 / 1.625, 0.01);
 }
 
-std::string missing_energy(std::string const& reverse_of_last) {
+std::string warnings_of(std::string const& text) {
   Spring spring(1.7);
-  Scheme const scheme(parse_scheme(cycle(reverse_of_last), "s.toml"), spring);
+  Scheme const scheme(parse_scheme(text, "s.toml"), spring);
   std::string all;
-  for (std::string const& text : cycle_warnings(scheme)) all += text + '\n';
+  for (std::string const& warning : cycle_warnings(scheme)) all += warning + '\n';
   return all;
+}
+
+std::string missing_energy(std::string const& reverse_of_last) {
+  return warnings_of(cycle(reverse_of_last));
 }
 
 TEST(ModelScheme, CyclesThatDisagreeWithTheirEnergiesAreNamed) {
   EXPECT_EQ(missing_energy("balance"), "");
+  // A transition that the file has the other way round.
+  std::string turned = cycle("balance");
+  std::string const there = "from = \"A\"\nto = \"B\"\nrate = \"300 + F\"";
+  turned.replace(turned.find(there), there.size(), "from = \"B\"\nto = \"A\"\nrate = 300");
+  EXPECT_EQ(warnings_of(turned), "");
   // A reverse e^2 times too fast takes 2 kT off the cycle and its last step, at any strain.
   std::string const balance = "80 * exp(0.1 * F) * exp((0 - 96 - (energy(x + 9) - 60)) / kBT)";
   EXPECT_EQ(missing_energy(balance), "");
