@@ -6,6 +6,7 @@ import math
 import os
 import socket
 import warnings
+from datetime import datetime, timedelta
 from itertools import groupby
 from pathlib import Path
 
@@ -93,7 +94,7 @@ class Search:
     def _left_behind(self) -> list[FrozenTrial]:
         """Trials of processes of this machine that have been killed."""
         running = [trial for trial in self._study.get_trials() if trial.state == TrialState.RUNNING]
-        return [trial for trial in running if _is_abandoned(trial.user_attrs.get(BY, ""))]
+        return [trial for trial in running if _is_abandoned(trial)]
 
     def _evaluate(self, trials: list[FrozenTrial]) -> None:
         seeds = self._plan.study.seeds
@@ -120,6 +121,8 @@ def _process() -> str:
     return f"{socket.gethostname()}@{os.getpid()}"
 
 
-def _is_abandoned(by: str) -> bool:
-    host, _, process = by.rpartition("@")
-    return host in ("", socket.gethostname()) and process != str(os.getpid()) and not Path(f"/proc/{process}").exists()
+def _is_abandoned(trial: FrozenTrial) -> bool:
+    if BY not in trial.user_attrs:  # stopped before it was known whose it is, unless somebody is about to tell
+        return trial.datetime_start is not None and datetime.now() - trial.datetime_start > timedelta(minutes=1)
+    host, _, process = trial.user_attrs[BY].rpartition("@")
+    return host == socket.gethostname() and process != str(os.getpid()) and not Path(f"/proc/{process}").exists()
