@@ -10,6 +10,6 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION science)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 string(CONCAT CPACK_DEBIAN_PACKAGE_DEPENDS "python3 (>= 3.11), python3-numpy, python3-pandas, python3-scipy, python3-matplotlib, "
-  "python3-xarray, python3-h5netcdf, python3-distributed, python3-asteval, python3-rich, libjs-three")
+  "python3-xarray, python3-h5netcdf, python3-distributed, python3-asteval, python3-rich, python3-optuna, python3-cmaes, libjs-three")
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 include(CPack)

@@ -9,6 +9,11 @@ def study() -> int:
     return _start("tavelo-study", "study.command")
 
 
+def fit() -> int:
+    """tavelo-fit."""
+    return _start("tavelo-fit", "fit.command")
+
+
 def _start(name: str, module: str) -> int:
     try:
         status: int = import_module(f".{module}", __package__).main()

@@ -8,6 +8,7 @@ import signal
 import sys
 import time
 from collections.abc import Callable, Sequence
+from contextlib import nullcontext
 from pathlib import Path
 
 from . import experiments
@@ -75,12 +76,12 @@ def _add_new(parser: argparse.ArgumentParser) -> None:
 
 def _plan_command(commands, name: str, text: str, command) -> argparse.ArgumentParser:  # type: ignore[no-untyped-def]
     parser: argparse.ArgumentParser = commands.add_parser(name, help=text, description=text)
-    _add_plan(parser)
+    add_plan(parser)
     parser.set_defaults(command=command)
     return parser
 
 
-def _add_plan(parser: argparse.ArgumentParser) -> None:
+def add_plan(parser: argparse.ArgumentParser) -> None:
     parser.add_argument("plan", type=Path, metavar="PLAN", help="the plan, a TOML file")
     parser.add_argument("--out", type=Path, metavar="DIR", help="folder of the study; default: named as the plan, beside it")
     parser.add_argument("--program", type=Path, metavar="PATH", help="the program tavelo; default: the built or installed one")
@@ -92,8 +93,8 @@ def _add_reports(parser: argparse.ArgumentParser) -> None:
 
 def _add_run(parser: argparse.ArgumentParser) -> None:
     parser.set_defaults(command=_run)
-    _add_plan(parser)
-    parser.add_argument("-j", type=_positive, metavar="N", dest="jobs", help="runs at a time; default: all cores that may be used")
+    add_plan(parser)
+    parser.add_argument("-j", type=positive, metavar="N", dest="jobs", help="runs at a time; default: all cores that may be used")
     _add_reports(parser)
     where = parser.add_mutually_exclusive_group()
     where.add_argument("--scheduler", metavar="ADDRESS", help="use the workers of a Dask scheduler")
@@ -102,12 +103,12 @@ def _add_run(parser: argparse.ArgumentParser) -> None:
     where.add_argument("--chunk", help=argparse.SUPPRESS)
     slurm = parser.add_argument_group("with --slurm")
     slurm.add_argument("--dry-run", action="store_true", help="show the script, and submit nothing")
-    slurm.add_argument("--runs-per-task", type=_positive, metavar="N", help="default: 20, more where there are many")
+    slurm.add_argument("--runs-per-task", type=positive, metavar="N", help="default: 20, more where there are many")
     for name in ("time", "mem", "partition"):
         slurm.add_argument(f"--{name}", metavar=name.upper(), help="passed on to sbatch")
 
 
-def _positive(text: str) -> int:
+def positive(text: str) -> int:
     if not text.isdigit() or int(text) < 1:
         raise argparse.ArgumentTypeError(f"is '{text}'; accepted: a number from 1 on")
     return int(text)
@@ -150,8 +151,8 @@ def _run(options: argparse.Namespace) -> int:
 
         numbers = read_chunk(options.chunk)
     began = time.monotonic()
-    engine = RemoteEngine(options.scheduler) if options.scheduler else None
-    bad = study.run(options.jobs or processors(), engine, numbers, watcher)
+    with RemoteEngine(options.scheduler) if options.scheduler else nullcontext() as engine:
+        bad = study.run(options.jobs or processors(), engine, numbers, watcher)
     if options.shard or options.chunk:
         return _end(bad, _failed_among(study, numbers or []))
     _write(study, options)

@@ -147,7 +147,7 @@ def drawer(panel: Panel, data: Drawn) -> Callable[[Any], None]:
         else:
             _draw_measures(axes, panel, data)
         if panel.log:
-            _make_logarithmic(axes)
+            make_logarithmic(axes)
         if panel.reverse:
             axes.invert_xaxis()
         if panel.title:
@@ -159,7 +159,7 @@ def drawer(panel: Panel, data: Drawn) -> Callable[[Any], None]:
     return draw
 
 
-def _make_logarithmic(axes: Any) -> None:
+def make_logarithmic(axes: Any) -> None:
     """With numbers between the powers of ten, of which a narrow range may hold only one."""
     from matplotlib.ticker import LogFormatter
 

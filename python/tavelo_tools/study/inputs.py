@@ -12,6 +12,7 @@ from ..tables import TABLES
 from .errors import StudyError
 from .formulas import Template, Value, shown
 from .plan import SEED, Parameter, Plan
+from .toml_text import set_number
 
 INPUTS = (".prm", ".dat", ".txt", ".csv")
 NAME_LENGTH = 24  # hexadecimal digits of a run's name: a million runs share one in 3e-18 of studies
@@ -67,7 +68,7 @@ class Inputs:
 
     def _edit(self, file: str, texts: tuple[str, ...], written: bytes | None) -> bytes:
         data = self._base.get(file, b"") if written is None else written
-        return set_parameters(data.decode(), zip(self._of_file[file], texts)).encode()
+        return set_values(file, data.decode(), zip(self._of_file[file], texts)).encode()
 
     def _name(self, files: dict[str, bytes], changed: dict[str, bytes]) -> str:
         """Of the run: a hash of its inputs and the program's version."""
@@ -90,6 +91,15 @@ def _is_input(path: Path) -> bool:
 
 def _digest(data: bytes) -> str:
     return hashlib.sha256(data).hexdigest()
+
+
+def set_values(file: str, text: str, values: Iterable[tuple[Parameter, str]]) -> str:
+    """The text of a parameter file, or a TOML file, with other values."""
+    if not file.endswith(".toml"):
+        return set_parameters(text, values)
+    for parameter, value in values:
+        text = set_number(text, (*parameter.sections, parameter.key), value, str(parameter))
+    return text
 
 
 def set_parameters(text: str, values: Iterable[tuple[Parameter, str]]) -> str:

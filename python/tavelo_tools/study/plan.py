@@ -17,6 +17,7 @@ from .toml_text import Table
 
 KEYS = ("title", "base", "seeds", "keep", "store", "courses", "vary", "derive", "set", "write",
         "measure", "fit", "figure", "unit")  # fmt: skip
+FIT_KEYS = ("target", "free", "search")
 KEEP = ("all", "results", "measures")
 RESERVED = {"run", "condition", "seed", "status", "seconds", "message", "mode", "time", "row"}
 SEED = "simulation.prm:global/random_seed"
@@ -44,6 +45,14 @@ class Parameter:
 
 
 @dataclass(frozen=True)
+class Candidates:
+    """Values of what a fit leaves free, a set for each candidate, and the seeds with which they are run."""
+
+    values: tuple[dict[str, Value], ...]
+    seeds: tuple[int, ...]
+
+
+@dataclass(frozen=True)
 class Plan:
     """A plan as it was read. Runs are numbered: all conditions with the first seed, then the next."""
 
@@ -64,9 +73,10 @@ class Plan:
     fits: dict[str, "curves.FitPlan"]
     figures: dict[str, "drawings.Figure"]
     units: dict[str, str]
+    candidates: tuple[dict[str, Value], ...] = ({},)  # of a fit; a study has one, without values
 
     @property
-    def conditions(self) -> int:
+    def combinations(self) -> int:
         """How many combinations of varied values there are."""
         lengths = [len(values) for values in self.vary.values()]
         if self.zipped:
@@ -74,11 +84,17 @@ class Plan:
         return math.prod(lengths)
 
     @property
+    def conditions(self) -> int:
+        """All combinations with the first candidate, then with the next."""
+        return self.combinations * len(self.candidates)
+
+    @property
     def runs(self) -> int:
         return self.conditions * len(self.seeds)
 
     def varied(self, condition: int) -> dict[str, Value]:
         """The varied values of a condition; the last in the plan changes first."""
+        condition %= self.combinations
         if self.zipped:
             return {name: values[condition] for name, values in self.vary.items()}
         chosen: dict[str, Value] = {}
@@ -88,8 +104,8 @@ class Plan:
         return {name: chosen[name] for name in self.vary}
 
     def values(self, condition: int) -> dict[str, Value]:
-        """The varied and the derived values of a condition."""
-        names = self.varied(condition)
+        """The varied, the free and the derived values of a condition."""
+        names = self.varied(condition) | self.candidates[condition // self.combinations]
         for name, formula in self.derive.items():
             names[name] = formula.value(names)
         return names
@@ -106,8 +122,15 @@ class Plan:
         return self.measures[name].unit if name in self.measures else ""
 
 
-def read_plan(path: Path) -> Plan:
-    """The plan in a file. StudyError says what can't be read, with file and line."""
+def read_plan(path: Path, candidates: Candidates | None = None) -> Plan:
+    """The plan in a file. StudyError says what can't be read, with file and line.
+
+    With candidates it is the plan of a fit: their names are known in it."""
+    return _Reader(path, read_table(path), candidates).plan()
+
+
+def read_table(path: Path) -> Table:
+    """The whole of a TOML file."""
     try:
         text = path.read_text(encoding="utf-8")
         values = tomllib.loads(text)
@@ -115,20 +138,24 @@ def read_plan(path: Path) -> Plan:
         raise StudyError(f"{path}: can't be read: {error.strerror}") from error
     except (tomllib.TOMLDecodeError, UnicodeDecodeError) as error:
         raise StudyError(f"{path}: {error}") from error
-    return _Reader(path, Table(values, "", path.name, text)).plan()
+    return Table(values, "", path.name, text)
 
 
 class _Reader:
-    def __init__(self, path: Path, top: Table) -> None:
-        self.path, self.top = path.resolve(), top
+    def __init__(self, path: Path, top: Table, candidates: Candidates | None) -> None:
+        self.path, self.top, self.candidates = path.resolve(), top, candidates
         self.folder = self.path.parent
-        top.allow(KEYS)
+        self.free = list(candidates.values[0]) if candidates else []
+        if not candidates and "free" in top.values:
+            raise top.fail("free", "belongs to a fit; run it by tavelo-fit")
+        top.allow((*KEYS, *FIT_KEYS) if candidates else KEYS)
 
     def plan(self) -> Plan:
         top = self.top
         vary_table = top.table("vary")
         vary, zipped = _read_vary(vary_table)
         names = [name for name in vary if ":" not in name]
+        names += self._free_names(names)
         derive = self._read_derive(names)
         names += derive
         places: dict[Parameter, str] = {}
@@ -148,7 +175,7 @@ class _Reader:
             path=self.path,
             title=top.get("title", str, self.path.stem, "a text"),
             base=self._read_base(),
-            seeds=self._read_seeds(),
+            seeds=self.candidates.seeds if self.candidates and self.candidates.seeds else self._read_seeds(),
             keep=keep,
             store=None if store is None else self.folder / store,
             courses=courses,
@@ -161,8 +188,15 @@ class _Reader:
             measures=measures,
             fits=fits,
             figures=drawings.read_figures(top.table("figure"), columns),
-            units=self._read_units(columns),
+            units=self._read_units([*columns, *self.free]),
+            candidates=self.candidates.values if self.candidates else ({},),
         )
+
+    def _free_names(self, varied: list[str]) -> list[str]:
+        names = [name for name in self.free if ":" not in name]
+        for name in names:
+            _check_name(self.top.table("free"), name, varied)
+        return names
 
     def _read_base(self) -> Path:
         base = self.folder / self.top.get("base", str, ".", "a folder")
@@ -191,15 +225,17 @@ class _Reader:
     def _refuse_idle(self, vary: dict[str, Any], users: list[Any]) -> None:
         """A quantity that nothing uses would only repeat runs. With `zip` it may be a label."""
         used = {name for user in users for name in getattr(user, "names", ())}
-        for name in vary:
+        for name, table in [*((name, "vary") for name in vary), *((name, "free") for name in self.free)]:
             if ":" not in name and name not in used:
-                raise self.top.table("vary").fail(name, "is varied, but nothing uses it")
+                told = "varied" if table == "vary" else "free"
+                raise self.top.table(table).fail(name, f"is {told}, but nothing uses it")
 
     def _read_parameters(
         self, vary: dict[str, Any], names: list[str], where: dict[Parameter, str]
     ) -> dict[Parameter, Template | str]:
         found: dict[Parameter, Template | str] = {}
         given = [(name, self.top.table("vary")) for name in vary if ":" in name]
+        given += [(name, self.top.table("free")) for name in self.free if ":" in name]
         given += [(name, self.top.table("set")) for name in self.top.table("set").values]
         for name, table in given:
             parameter = Parameter.read(name, table.where(name))
@@ -208,7 +244,7 @@ class _Reader:
                 raise table.fail(name, "is set by `seeds`")
             if parameter in found:
                 raise table.fail(name, "is varied as well")
-            if table.name == "vary":
+            if table.name in ("vary", "free"):
                 found[parameter] = name
                 continue
             value = table.get(name, (str, int, float, bool), "", "a number or a text")

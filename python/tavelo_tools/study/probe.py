@@ -46,7 +46,8 @@ def _refused(plan: Plan, run: RunInput, message: str) -> StudyError:
     for parameter, where in plan.places.items():
         if f"<{parameter.key}>" in message:
             return StudyError(f"{where}: {message}")
-    values = plan.varied(plan.place(run.number)[0])
+    condition = plan.place(run.number)[0]
+    values = plan.varied(condition) | plan.candidates[condition // plan.combinations]
     listed = ", ".join(f"{name} = {value}" for name, value in values.items()) or "the input"
     return StudyError(f"{plan.path.name}: the program refuses {listed}: {message}")
 
@@ -59,6 +60,7 @@ def _tried(plan: Plan) -> list[int]:
     for values in reversed(plan.vary.values()):
         tried |= {place * stride for place in range(len(values))}
         stride *= len(values)
+    tried |= {place * plan.combinations for place in range(len(plan.candidates))}
     return sorted(tried)[:MOST_CONDITIONS]
 
 

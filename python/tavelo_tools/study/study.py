@@ -13,7 +13,8 @@ import os
 import shutil
 from array import array
 from collections.abc import Iterable
-from dataclasses import dataclass
+from contextlib import nullcontext
+from dataclasses import dataclass, replace
 from functools import cached_property
 from pathlib import Path
 from typing import TYPE_CHECKING
@@ -24,13 +25,13 @@ from . import curves
 from .batches import Batches
 from .errors import StudyError
 from .inputs import Inputs, RunInput
-from .plan import KEEP, Plan, read_plan
+from .plan import KEEP, Candidates, Plan, read_plan
 from .probe import probe
-from .program import find_program, version_of
+from .program import find_program, go_on, version_of
 from .progress import Watcher
 from .results import run_rows, summary
 from .store import Record, Store
-from .work import Outcome, Place, make_place, processors, salvage, taken
+from .work import Outcome, Place, carry_out, make_place, processors, salvage, taken
 
 if TYPE_CHECKING:
     import xarray
@@ -61,6 +62,8 @@ class Study:
         if self.out.is_file():
             raise StudyError(f"{self.out}: is a file; name a folder with --out")
         self._named_program = program
+        self._is_checked = False
+        self._seconds_per_run: float | None = None  # known once some were computed
         self.store = Store(plan.store.resolve() if plan.store else self.out / "runs")
 
     @classmethod
@@ -114,15 +117,21 @@ class Study:
         known = taken(self.plan, run.values, None, record["measures"])
         return "done" if len(known) == len(self.plan.measures) else "old"
 
-    def check(self) -> None:
-        """Asks the program whether it accepts the inputs, unless it has been asked before."""
-        mark = self.out / "checked.json"
-        asked = {"plan": self._place.plan_digest, "first": self._inputs.run(0).name}
-        if mark.is_file() and mark.read_text() == json.dumps(asked):
+    def check(self, plan: Plan | None = None) -> None:
+        """Asks the program whether it accepts the inputs, unless it has been asked before.
+
+        `plan` is the one whose inputs are tried: that of a fit with other candidates, for one."""
+        if self._is_checked:
             return
-        probe(self.plan, self._inputs, self.program)
-        self.out.mkdir(parents=True, exist_ok=True)
-        mark.write_text(json.dumps(asked))
+        mark = self.out / "checked.json"
+        inputs = Inputs(plan, self._version) if plan else self._inputs
+        asked = {"plan": self._place.plan_digest, "first": inputs.run(0).name}
+        if not mark.is_file() or mark.read_text() != json.dumps(asked):
+            go_on()  # an earlier call in this process may have been stopped
+            probe(inputs.plan, inputs, self.program)
+            self.out.mkdir(parents=True, exist_ok=True)
+            mark.write_text(json.dumps(asked))
+        self._is_checked = True
 
     def run(
         self,
@@ -131,7 +140,8 @@ class Study:
         numbers: Iterable[int] | None = None,
         watch: "type[Watcher] | None" = None,
     ) -> list[Outcome]:
-        """Computes what is missing: on `jobs` cores of this machine, all by default, or on an engine.
+        """Computes what is missing: on `jobs` cores of this machine, all by default, or on an engine,
+        which is left open.
 
         `numbers` limits it to some of the runs. Returns what failed or was stopped."""
         from .engines import LocalEngine
@@ -141,12 +151,29 @@ class Study:
         tally, todo = self.survey(numbers)
         bad: list[Outcome] = []
         if todo:
-            with engine or LocalEngine(jobs or processors()) as used:
+            with nullcontext(engine) if engine else LocalEngine(jobs or processors()) as used:
                 with (watch or Watcher)(tally.total, tally.total - len(todo)) as watcher:
-                    for outcomes in used.run(self._place, Batches(todo, self._name)):
+                    batches = Batches(todo, self._name, seconds_per_run=self._seconds_per_run)
+                    for outcomes in used.run(self._place, batches):
                         watcher.tell(outcomes)
                         bad += [item for item in outcomes if item.status != "done"]
+                    self._seconds_per_run = batches.seconds_per_run
+        if tally.missing + tally.old > len(todo):
+            self._measure_shared(numbers)
         return bad
+
+    def _measure_shared(self, numbers: Iterable[int] | None) -> None:
+        """Runs that several conditions share were computed for one; the others may measure them differently."""
+        runs = (self._inputs.run(number) for number in (range(self.plan.runs) if numbers is None else numbers))
+        carry_out(self._place, [(run.number, run.name) for run in runs if self._state(run) == "old"])
+
+    def of(self, candidates: Candidates) -> "Study":
+        """The same study with other candidates of a fit, and their seeds."""
+        plan = replace(self.plan, candidates=candidates.values, seeds=candidates.seeds)
+        other = Study(plan, self.out, self.program)
+        other._version, other._is_checked = self._version, self._is_checked
+        other._seconds_per_run = self._seconds_per_run
+        return other
 
     def _begin(self) -> None:
         self.out.mkdir(parents=True, exist_ok=True)

@@ -1,6 +1,7 @@
 """Where in a TOML text a key stands, which `tomllib` doesn't tell; and tables with known keys."""
 
 import re
+import tomllib
 from collections.abc import Iterable
 from typing import Any
 
@@ -81,3 +82,42 @@ def _line_of(text: str, table: str, key: str) -> int | None:
             if wanted.startswith(full + "."):
                 path, best = full, number
     return best
+
+
+def set_number(text: str, path: tuple[str, ...], value: str, where: str) -> str:
+    """The text of a TOML file with another number at a path of keys, as a plain number or the `value` of an inline table.
+
+    All else stays as it is, comments too."""
+    lines = text.splitlines(keepends=True)
+    line = _line_of(text, ".".join(path[:-1]), path[-1])
+    try:
+        before = _at(tomllib.loads(text), path)
+        number = tomllib.loads(f"x = {value}")["x"]
+    except (tomllib.TOMLDecodeError, KeyError) as error:
+        raise StudyError(f"{where}: {'has no such number' if isinstance(error, KeyError) else error}") from error
+    if line is not None:
+        key = rf"(?:^|[{{,])\s*[\"']?{re.escape(path[-1])}[\"']?\s*=\s*(?:\{{[^}}]*?\bvalue\s*=\s*)?"
+        lines[line - 1] = re.sub(rf"({key})[-+.\w]+", lambda found: found[1] + value, lines[line - 1], count=1)
+    changed = "".join(lines)
+    if not isinstance(before, (int, float)) or not _is_changed_only_there(text, changed, path, number):
+        raise StudyError(f"{where}: holds no number that can be set")
+    return changed
+
+
+def _at(values: dict[str, Any], path: tuple[str, ...]) -> Any:
+    found: Any = values
+    for key in path:
+        found = found[key]
+    return found["value"] if isinstance(found, dict) else found
+
+
+def _is_changed_only_there(text: str, changed: str, path: tuple[str, ...], number: object) -> bool:
+    before = tomllib.loads(text)
+    holder = before
+    for key in path[:-1]:
+        holder = holder[key]
+    if isinstance(holder[path[-1]], dict):
+        holder[path[-1]]["value"] = number
+    else:
+        holder[path[-1]] = number
+    return before == tomllib.loads(changed)

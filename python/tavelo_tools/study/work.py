@@ -16,7 +16,7 @@ from ..read import Run, RunError, read_run
 from .errors import Refused, StudyError
 from .formulas import Names, Value
 from .inputs import Inputs, RunInput
-from .plan import Plan, read_plan
+from .plan import Candidates, Plan, read_plan
 from .program import Ended, run_program
 from .store import Record, Store
 
@@ -33,6 +33,7 @@ class Place:
     runs: str
     program: str
     version: str
+    candidates: str = ""  # of a fit, in JSON, with their seeds
 
 
 @dataclass(frozen=True)
@@ -48,7 +49,8 @@ class Outcome:
 
 def make_place(plan: Plan, runs: Path, program: Path, version: str) -> Place:
     """The place of a plan as it stands in its file now."""
-    return Place(str(plan.path), _digest(plan.path), str(runs), str(program), version)
+    candidates = json.dumps([plan.candidates, plan.seeds]) if plan.candidates != ({},) else ""
+    return Place(str(plan.path), _digest(plan.path), str(runs), str(program), version, candidates)
 
 
 def _digest(path: Path) -> str:
@@ -60,8 +62,15 @@ def _opened(place: Place) -> tuple[Plan, Inputs, Store]:
     path = Path(place.plan)
     if _digest(path) != place.plan_digest:
         raise StudyError(f"{path}: has changed since the study was started")
-    plan = read_plan(path)
+    plan = read_plan(path, _candidates(place))
     return plan, Inputs(plan, place.version), Store(Path(place.runs))
+
+
+def _candidates(place: Place) -> Candidates | None:
+    if not place.candidates:
+        return None
+    values, seeds = json.loads(place.candidates)
+    return Candidates(tuple(values), tuple(seeds))
 
 
 def carry_out(place: Place, batch: Batch) -> list[Outcome]:
