@@ -24,6 +24,8 @@
 #include "kinetics/model_huxley.h"
 #include "lattice/geometry_simple.h"
 #include "refusal.h"
+#include "scheme/scheme.h"
+#include "scheme/scheme_checks.h"
 
 namespace {
 
@@ -91,11 +93,18 @@ void read_times(std::string const& text) {
   read_lattice_times();
 }
 
+/// A kinetic scheme up to its first rates; tables would take most of the time.
+void read_scheme(std::string const& text) {
+  static XB_Model const* const law = create_elastic_law("ConstantStiffness", "xb_");
+  Scheme const scheme(parse_scheme(text, "in.toml"), *law);
+  refuse_unsound(scheme);
+  cycle_warnings(scheme);
+  fastest_state(scheme, 10.0);
+}
+
 std::map<std::string, void (*)(std::string const&)> const readers = {
-    {"parameters", read_parameters},
-    {"protocol", read_protocol},
-    {"table", read_table},
-    {"times", read_times},
+    {"parameters", read_parameters}, {"protocol", read_protocol}, {"scheme", read_scheme},
+    {"table", read_table},           {"times", read_times},
 };
 
 }  // namespace
