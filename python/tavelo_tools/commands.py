@@ -19,8 +19,9 @@ def _start(name: str, module: str) -> int:
         status: int = import_module(f".{module}", __package__).main()
         return status
     except ModuleNotFoundError as error:
-        if (error.name or "").startswith(__package__):
+        package = (error.name or "").partition(".")[0]
+        if package == __package__:
             raise
-        told = f"needs the Python package '{error.name}'; Debian has it as python3-{error.name}, pip brings it with tavelo-tools[study]"
+        told = f"needs the Python package '{package}'; Debian has it as python3-{package}, pip brings it with tavelo-tools[study]"
         print(f"{name}: {told}", file=sys.stderr)
         return 1

@@ -87,7 +87,9 @@ class Search:
         if self._plan.sampler == "random":
             return RandomSampler(seed=number)
         if self._plan.sampler == "tpe" or len(self._plan.free) == 1:  # CMA-ES needs two dimensions
-            return TPESampler(seed=number, constant_liar=True)
+            with warnings.catch_warnings():
+                warnings.simplefilter("ignore")  # the option that tells candidates of a generation apart is new
+                return TPESampler(seed=number, constant_liar=True)
         start = {item.name: item.start for item in self._plan.free}
         return CmaEsSampler(x0=start, seed=number, popsize=self.generation, warn_independent_sampling=False)
 
