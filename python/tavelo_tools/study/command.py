@@ -19,23 +19,33 @@ from .progress import watcher
 from .study import Study
 from .work import Outcome, processors
 
+NAME = "tavelo-study"
 MOST_SHOWN = 20
 _SHARD = re.compile(r"^(\d+)/(\d+)$")
 
 
 def main(arguments: list[str] | None = None) -> int:
     """The command line; returns the exit status."""
+
+    def command() -> int:
+        options = _parser().parse_args(arguments)
+        status: int = options.command(options)
+        return status
+
+    return carry_out(NAME, command)
+
+
+def carry_out(program: str, command: Callable[[], int]) -> int:
+    """The exit status of a command; what keeps it from its end, SIGTERM as well, is told in a line."""
     signal.signal(signal.SIGTERM, _interrupt)
-    options = _parser().parse_args(arguments)
-    command: Callable[[argparse.Namespace], int] = options.command
     try:
-        return command(options)
+        return command()
     except StudyError as error:
-        _tell(str(error))
+        tell(program, str(error))
     except OSError as error:
-        _tell(f"{error.filename or 'a file'}: {error.strerror or error}")
+        tell(program, f"{error.filename or 'a file'}: {error.strerror or error}")
     except KeyboardInterrupt:
-        _tell("interrupted; the same command goes on from here")
+        tell(program, "interrupted; the same command goes on from here")
     return 1
 
 
@@ -43,13 +53,17 @@ def _interrupt(*_: object) -> None:
     raise KeyboardInterrupt
 
 
+def tell(program: str, text: str) -> None:
+    print(f"{program}: {text}", file=sys.stderr)
+
+
 def _tell(text: str) -> None:
-    print(f"tavelo-study: {text}", file=sys.stderr)
+    tell(NAME, text)
 
 
 def _parser() -> argparse.ArgumentParser:
     parser = argparse.ArgumentParser(
-        prog="tavelo-study", description="Many runs from one plan, on this machine or a cluster."
+        prog=NAME, description="Many runs from one plan, on this machine or a cluster."
     )
     commands = parser.add_subparsers(required=True, metavar="COMMAND")
     _add_new(commands.add_parser("new", help="write the plan of an experiment, to look at and change"))
