@@ -8,7 +8,7 @@ from pathlib import Path
 import numpy as np
 import optuna
 import pytest
-from tavelo_tools.fit import Fit
+from tavelo_tools.fit import ParameterFit
 from tavelo_tools.fit.intervals import Data, best_point, bootstrap, errors_at, profiles
 from tavelo_tools.fit.surface import Surface
 from tavelo_tools.study import StudyError
@@ -66,7 +66,7 @@ def write(folder: Path, plan: str = PLAN, data: str = DATA) -> Path:
 ])  # fmt: skip
 def test_what_cannot_be_fitted_is_said_before_the_search(tmp_path: Path, change: tuple[str, str], told: str) -> None:
     with pytest.raises(StudyError, match=told):
-        Fit.load(write(tmp_path, PLAN.replace(*change, 1))).run(jobs=2)
+        ParameterFit.load(write(tmp_path, PLAN.replace(*change, 1))).run(jobs=2)
     assert not list(tmp_path.glob("fit/search.db"))
 
 
@@ -74,9 +74,9 @@ def test_few_data_and_times_outside_the_run_are_refused(tmp_path: Path) -> None:
     course = PLAN.replace('measure = "y"\nx = "x"', 'column = "force"\nat = { x = 0 }')
     heading = "time [ms],force [pN per thick filament]\n"
     with pytest.raises(StudyError, match="has 2 data for 2 free parameters"):
-        Fit.load(write(tmp_path, course, heading + "0.5,1\n1,2\n"))
+        ParameterFit.load(write(tmp_path, course, heading + "0.5,1\n1,2\n"))
     with pytest.raises(StudyError, match="target decay: its time 0.003 s lies outside the run, from 0 to 0.001 s"):
-        Fit.load(write(tmp_path, course, heading + "0.5,1\n1,2\n3,3\n")).run(jobs=2)
+        ParameterFit.load(write(tmp_path, course, heading + "0.5,1\n1,2\n3,3\n")).run(jobs=2)
 
 
 @pytest.fixture(scope="module")
@@ -105,7 +105,7 @@ def _trials(plan: Path) -> int:
 
 
 def test_known_values_are_found_by_a_fit_that_was_killed(known: Path) -> None:
-    result = Fit.load(known).run(jobs=2)
+    result = ParameterFit.load(known).run(jobs=2)
     a, b = result.estimates
     assert (a.value, b.value) == pytest.approx((8.0, -1.0), abs=0.05)
     # By linear least squares: y is linear in a and b.
@@ -120,7 +120,7 @@ def test_known_values_are_found_by_a_fit_that_was_killed(known: Path) -> None:
     trials = optuna.load_study(study_name=search.study_name, storage=storage).trials
     assert {trial.state.name for trial in trials if trial.user_attrs} == {"COMPLETE"}
     copy = Path(shutil.copytree(known.parent / "fit", known.parent / "again"))
-    assert Fit.load(known, copy).run(jobs=1).table().equals(result.table())
+    assert ParameterFit.load(known, copy).run(jobs=1).table().equals(result.table())
 
 
 CHANCE = np.random.default_rng(11)

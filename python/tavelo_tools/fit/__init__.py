@@ -1,5 +1,5 @@
-"""Fits: parameters from data, with intervals. `tavelo-fit` on the command line, `Fit` in Python."""
+"""Fits: parameters from data, with intervals. `tavelo-fit` on the command line, `ParameterFit` in Python."""
 
-from .fit import Fit
+from .fit import ParameterFit
 
-__all__ = ["Fit"]
+__all__ = ["ParameterFit"]

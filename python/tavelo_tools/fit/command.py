@@ -7,7 +7,7 @@ from pathlib import Path
 
 from ..study.command import add_plan, carry_out, positive, tell
 from ..study.engines import RemoteEngine
-from .fit import Fit
+from .fit import ParameterFit
 
 NAME = "tavelo-fit"
 
@@ -28,7 +28,7 @@ def _parser() -> argparse.ArgumentParser:
 def _fit(options: argparse.Namespace) -> int:
     from .report import report, told
 
-    fit = Fit.load(options.plan, options.out, options.program)
+    fit = ParameterFit.load(options.plan, options.out, options.program)
     with RemoteEngine(options.scheduler) if options.scheduler else nullcontext() as engine:
         result = fit.run(options.jobs, engine)
     page = report(result, fit.study.out)

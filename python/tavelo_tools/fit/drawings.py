@@ -11,13 +11,13 @@ from ..plots import Plot
 from ..study.drawings import make_logarithmic
 from ..study.names import short
 from ..style import INK, LIGHT
-from .fit import Estimate, FitResult
+from .fit import Estimate, ParameterFitResult
 from .targets import Target
 
 MOST_LETTERS = 32
 
 
-def all_plots(result: FitResult) -> list[Plot]:
+def all_plots(result: ParameterFitResult) -> list[Plot]:
     """In the order of the page."""
     found = []
     for target, part in parts(result):
@@ -33,7 +33,7 @@ def all_plots(result: FitResult) -> list[Plot]:
     return found
 
 
-def parts(result: FitResult) -> Iterator[tuple[Target, slice]]:
+def parts(result: ParameterFitResult) -> Iterator[tuple[Target, slice]]:
     """Each target, and where its data stand among all."""
     place = 0
     for target in result.plan.targets:
@@ -41,7 +41,7 @@ def parts(result: FitResult) -> Iterator[tuple[Target, slice]]:
         place += len(target.y)
 
 
-def _draw_target(result: FitResult, target: Target, part: slice, axes: Any) -> None:
+def _draw_target(result: ParameterFitResult, target: Target, part: slice, axes: Any) -> None:
     factor = 1000.0 if target.column else 1.0
     bars = target.sigma if target.has_errors else None
     axes.errorbar(factor * target.x, target.y, bars, fmt="o", color=LIGHT[0], markersize=3.5, linewidth=0.9, label="data")
@@ -52,7 +52,7 @@ def _draw_target(result: FitResult, target: Target, part: slice, axes: Any) -> N
     axes.legend()
 
 
-def _model(result: FitResult, target: Target, part: slice) -> tuple[np.ndarray, np.ndarray, np.ndarray]:
+def _model(result: ParameterFitResult, target: Target, part: slice) -> tuple[np.ndarray, np.ndarray, np.ndarray]:
     """Mean over the seeds and twice its standard error; of a course all of its times."""
     if target.column is None:
         order = np.argsort(target.x)
@@ -67,14 +67,14 @@ def _model(result: FitResult, target: Target, part: slice) -> tuple[np.ndarray, 
     return courses[0][0][:least], values.mean(axis=0), half
 
 
-def _label(result: FitResult, target: Target, axes: Any, name: str) -> None:
+def _label(result: ParameterFitResult, target: Target, axes: Any, name: str) -> None:
     x_unit = "ms" if target.column else result.plan.study.unit(target.x_name)
     axes.set_xlabel(short(target.x_name) + (f" [{x_unit}]" if x_unit else ""))
     text = f"{name} [{target.unit}]" if target.unit else name
     axes.set_ylabel(text.replace(" [", "\n[") if len(text) > MOST_LETTERS else text)
 
 
-def _draw_residuals(result: FitResult, target: Target, part: slice, axes: Any) -> None:
+def _draw_residuals(result: ParameterFitResult, target: Target, part: slice, axes: Any) -> None:
     factor = 1000.0 if target.column else 1.0
     rest = target.y - result.final.mean[part]
     bars = np.sqrt(target.sigma**2 * target.has_errors + result.noise[part])
@@ -83,7 +83,7 @@ def _draw_residuals(result: FitResult, target: Target, part: slice, axes: Any) -
     _label(result, target, axes, "data - model")
 
 
-def _draw_search(result: FitResult, axes: Any) -> None:
+def _draw_search(result: ParameterFitResult, axes: Any) -> None:
     done = [trial for trial in result.trials if trial.state == TrialState.COMPLETE]
     numbers, misfits = [t.number + 1 for t in done], [t.value for t in done]
     for place, seeds in enumerate(sorted({trial.user_attrs["seeds"] for trial in done})):
@@ -98,7 +98,7 @@ def _draw_search(result: FitResult, axes: Any) -> None:
     axes.legend()
 
 
-def _draw_profile(result: FitResult, estimate: Estimate, axes: Any) -> None:
+def _draw_profile(result: ParameterFitResult, estimate: Estimate, axes: Any) -> None:
     free, profile = estimate.free, estimate.profile
     axes.plot([free.value(u) for u in profile.x], profile.rise, color=LIGHT[0])
     axes.axhline(profile.threshold, color=INK, linewidth=0.7, linestyle="--")

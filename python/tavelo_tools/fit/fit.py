@@ -1,6 +1,6 @@
 """A fit: the search, its refinement, and what comes of it.
 
-    fit = Fit.load("rates.toml")
+    fit = ParameterFit.load("rates.toml")
     result = fit.run(jobs=4)
     result.table()          # best values with intervals
 """
@@ -55,7 +55,7 @@ class Estimate:
 
 
 @dataclass(frozen=True)
-class FitResult:
+class ParameterFitResult:
     """What a fit has found. `final` is the best candidate, run with all seeds and as many fresh ones."""
 
     plan: FitPlan
@@ -124,7 +124,7 @@ class FitResult:
         return pd.concat(parts, ignore_index=True)
 
 
-class Fit:
+class ParameterFit:
     """A plan of a fit, with a folder for its runs and results."""
 
     def __init__(self, plan: FitPlan, out: Path | None = None, program: Path | None = None) -> None:
@@ -132,11 +132,11 @@ class Fit:
         self.study = Study(plan.study, out, program)
 
     @classmethod
-    def load(cls, plan: Path | str, out: Path | str | None = None, program: Path | str | None = None) -> "Fit":
+    def load(cls, plan: Path | str, out: Path | str | None = None, program: Path | str | None = None) -> "ParameterFit":
         """The fit of a plan file. StudyError says what is wrong with the plan."""
         return cls(read_fit_plan(Path(plan)), Path(out) if out else None, Path(program) if program else None)
 
-    def run(self, jobs: int | None = None, engine: Engine | None = None) -> FitResult:
+    def run(self, jobs: int | None = None, engine: Engine | None = None) -> ParameterFitResult:
         """Searches, refines and runs the best candidate; what was computed before isn't computed again."""
         self._ask_program()
         self.study.out.mkdir(parents=True, exist_ok=True)
@@ -149,7 +149,7 @@ class Fit:
         ends = [start | {item.name: end} for item in self.plan.free for end in (item.low, item.high)]
         self.study.check(replace(self.plan.study, candidates=(start, *ends)))
 
-    def _run(self, evaluator: Evaluator) -> FitResult:
+    def _run(self, evaluator: Evaluator) -> ParameterFitResult:
         _, noticed = first_check(evaluator)
         search = Search(evaluator, self.study.out / "search.db")
         trials = search.run()
@@ -171,7 +171,7 @@ class Fit:
 
     def _result(
         self, evaluator: Evaluator, refined: Refined, data: Data, trials: list[FrozenTrial], noticed: list[str]
-    ) -> FitResult:
+    ) -> ParameterFitResult:
         plan, surface = self.plan, refined.surface
         everywhere = (np.zeros(len(plan.free)), np.ones(len(plan.free)))
         best = best_point(surface, data, refined.best, everywhere) if refined.settled else refined.best
@@ -185,7 +185,7 @@ class Fit:
         final = evaluator.of([values_at(plan.free, best)], (*plan.study.seeds, *fresh_seeds(plan)))[0]
         if final.model is None:
             raise StudyError(f"{plan.study.path.name}: the best candidate can't be run: {final.message}")
-        result = FitResult(plan, self.study.store, estimates, errors, final, trials, evaluator.tried, len(evaluator.runs), noticed)
+        result = ParameterFitResult(plan, self.study.store, estimates, errors, final, trials, evaluator.tried, len(evaluator.runs), noticed)
         noticed += _noticed(result, refined)
         return result
 
@@ -200,7 +200,7 @@ def _a_failure(evaluator: Evaluator) -> str:
     return next((c.message for c in reversed(evaluator.tried) if c.model is None), "none has told why")
 
 
-def _noticed(result: FitResult, refined: Refined) -> list[str]:
+def _noticed(result: ParameterFitResult, refined: Refined) -> list[str]:
     """In words, what the reader of the values must know."""
     told = [e.word() for e in result.estimates if e.word()]
     if not refined.settled:
@@ -216,7 +216,7 @@ def _noticed(result: FitResult, refined: Refined) -> list[str]:
     return told
 
 
-def _related(result: FitResult) -> list[str]:
+def _related(result: ParameterFitResult) -> list[str]:
     """Courses whose residuals hang together, so that they tell less than their number."""
     told = []
     frame = result.residuals()

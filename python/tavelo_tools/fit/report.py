@@ -8,12 +8,12 @@ import pandas as pd
 from .. import page
 from ..style import write_png
 from .drawings import all_plots
-from .fit import FitResult
+from .fit import ParameterFitResult
 
 FIRST_ROWS = 40  # of a table on the page
 
 
-def report(result: FitResult, out: Path) -> Path:
+def report(result: ParameterFitResult, out: Path) -> Path:
     """Writes fit.csv, correlation.csv, residuals.csv, trials.csv, fit.png and fit.html; returns the page."""
     tables = {"fit": result.table(), "residuals": result.residuals(), "trials": trials(result)}
     for name, table in tables.items():
@@ -26,7 +26,7 @@ def report(result: FitResult, out: Path) -> Path:
     return path
 
 
-def trials(result: FitResult) -> pd.DataFrame:
+def trials(result: ParameterFitResult) -> pd.DataFrame:
     """A row per candidate, in the order in which it was tried: values, seeds, misfit, message."""
     rows = []
     for candidate in result.tried:
@@ -39,13 +39,13 @@ def trials(result: FitResult) -> pd.DataFrame:
     return pd.DataFrame(rows)
 
 
-def told(result: FitResult) -> str:
+def told(result: ParameterFitResult) -> str:
     """For a terminal: best values, misfit."""
     lines = [f"{e.free.name} = {e.value:.4g} ({e.low:.4g} to {e.high:.4g})" for e in result.estimates]
     return "\n".join([*lines, _misfit(result)])
 
 
-def _misfit(result: FitResult) -> str:
+def _misfit(result: ParameterFitResult) -> str:
     text = f"misfit {result.misfit:.4g} with {result.plan.freedom} degrees of freedom"
     if result.plan.has_errors:
         text += f" (p = {result.chance:.2g})"
@@ -53,7 +53,7 @@ def _misfit(result: FitResult) -> str:
     return f"{text}; of it {result.noise_misfit:.3g} ({100 * min(1.0, share):.0f} %) is the model's own noise; {result.runs} runs"
 
 
-def _page(result: FitResult, tables: dict[str, pd.DataFrame]) -> str:
+def _page(result: ParameterFitResult, tables: dict[str, pd.DataFrame]) -> str:
     plan = result.plan
     figures = {
         "Runs": f"{result.runs:,}", "Candidates": f"{len(result.tried):,}", "Candidates failed": f"{result.failed:,}",
