@@ -59,23 +59,8 @@ double ModelHuxley::detachment_rate(double x) const {
 }
 
 void ModelHuxley::RescaleBindFactor() {
-  double s = 0.0;
-  double e = 0.0;
-  auto const n = static_cast<long>(h / sweep_step + 1.0);
-  double x = 0.0;
-  for (long i = 0; i < n; ++i) {
-    double const k = ActiveModel::get_k(x, 0, 1);
-    x += sweep_step;
-    s += k;
-    // Neighbour sites on both sides, as long as their ranges overlap with this one.
-    double u = h - site_spacing;
-    for (double t = site_spacing; h > t; t += site_spacing, u -= site_spacing) {
-      if (x >= t) e += k;
-      if (u >= x) e += k;
-    }
-  }
-  double const factor = (e + s) / s;
-  f1 /= std::isfinite(factor) ? factor : no_binding_overlap(file_name);
+  auto const binding = [this](double x) { return ActiveModel::get_k(x, 0, 1); };
+  f1 /= range_overlap_factor(binding, 0.0, h, file_name);
 }
 
 void ModelHuxley::WriteToTaveloOutput() const {

@@ -33,29 +33,6 @@ double regulated(double k, SiteFactors_s const& factors, ActinSite_s const& site
   return k;
 }
 
-/// The number of sites within a range of strains for a head that binds at `rate` there: each strain
-/// counts by its rate.
-double overlap_in_range(std::function<double(double)> const& rate, double first, double last,
-                        std::string const& model) {
-  double const h = last - first;
-  double s = 0.0;
-  double e = 0.0;
-  auto const n = static_cast<long>(h / sweep_step + 1.0);
-  double x = 0.0;
-  for (long i = 0; i < n; ++i) {
-    double const k = rate(first + x);
-    x += sweep_step;
-    s += k;
-    double u = h - site_spacing;
-    for (double t = site_spacing; h > t; t += site_spacing, u -= site_spacing) {
-      if (x >= t) e += k;
-      if (u >= x) e += k;
-    }
-  }
-  double const factor = (e + s) / s;
-  return std::isfinite(factor) ? factor : no_binding_overlap(model);
-}
-
 /// Whether its value is the same at every strain.
 bool is_constant(Formula const& formula) {
   return !(formula.uses("x") || formula.uses("F") || formula.uses("E"));
@@ -70,7 +47,7 @@ double overlap(Scheme& scheme, Rate const& rate, Binding_s const& binding) {
     if (!(last > first && last - first <= 1e4))
       refuse(binding.first.where, "range", shown(first) + ", " + shown(last),
              "a range that ascends");
-    return overlap_in_range(binds, first, last, file);
+    return range_overlap_factor(binds, first, last, file);
   }
   if (!binding.release.text.empty()) {
     Formula const release = scheme.formula_of(rate, binding.release);

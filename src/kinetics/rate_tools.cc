@@ -205,6 +205,28 @@ void list_cycle(char const* heading, std::array<double, 12> const& values) {
   std::fprintf(fOutputFile, "\n");
 }
 
+double range_overlap_factor(std::function<double(double)> const& rate, double first, double last,
+                            std::string const& model) {
+  double const h = last - first;
+  double s = 0.0;
+  double e = 0.0;
+  auto const n = static_cast<long>(h / sweep_step + 1.0);
+  double x = 0.0;
+  for (long i = 0; i < n; ++i) {
+    double const k = rate(first + x);
+    x += sweep_step;
+    s += k;
+    // Neighbour sites on both sides, as long as their ranges overlap with this one.
+    double u = h - site_spacing;
+    for (double t = site_spacing; h > t; t += site_spacing, u -= site_spacing) {
+      if (x >= t) e += k;
+      if (u >= x) e += k;
+    }
+  }
+  double const factor = (e + s) / s;
+  return std::isfinite(factor) ? factor : no_binding_overlap(model);
+}
+
 double no_binding_overlap(std::string const& model) {
   warn(model + ": binding vanishes where its rescaling looks for it; it is left as read");
   return 1.0;

@@ -93,6 +93,11 @@ double binding_overlap_factor(std::function<double(double)> const& rate,
                               std::function<double(double)> const& release, double reach,
                               std::string const& model);
 
+/// The same for binding at `rate` between two strains only: the number of sites within the range,
+/// each strain counting by its rate.
+double range_overlap_factor(std::function<double(double)> const& rate, double first, double last,
+                            std::string const& model);
+
 /// Makes the stepper consider the pairs whose kind of transition is not 0.
 template <std::size_t n>
 void set_transitions(std::array<std::array<unsigned, n>, n> const& rate_type,
